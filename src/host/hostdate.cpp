@@ -1,6 +1,7 @@
 #include "host/hostdate.hpp"
 
 #include <cmath>
+#include <initializer_list>
 
 #include "run/missing.hpp"
 
@@ -40,7 +41,7 @@ constexpr Civil civilFromDays(long z) noexcept {
 
 static_assert(daysFromCivil(1960, 1, 1) == -kEpochShift);
 static_assert(daysFromCivil(1582, 1, 1) + kEpochShift == -138061);
-static_assert(daysFromCivil(9999, 12, 31) + kEpochShift == 6589335);
+static_assert(daysFromCivil(20000, 12, 26) + kEpochShift == 6589335);
 
 constexpr bool leap(long y) noexcept { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); }
 
@@ -56,10 +57,11 @@ bool convertible(double date) noexcept {
 }  // namespace
 
 double hostMdyToDate(int month, int day, int year) noexcept {
-  if (month < 1 || month > 12 || year < 1582 || year > 9999) return kMissing;
+  if (month < 1 || month > 12 || year < 1582 || year > 20000) return kMissing;
   if (day < 1 || day > monthLength(year, month)) return kMissing;
-  return static_cast<double>(daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) +
-                             kEpochShift);
+  const auto v = static_cast<double>(
+      daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) + kEpochShift);
+  return v > kLastDate ? kMissing : v;
 }
 
 int hostDateToMdy(double date, int* month, int* day, int* year) noexcept {

@@ -27,7 +27,8 @@ double hostWeekday(double date) noexcept;
 // Seconds since the last midnight of a datetime value; missing for a missing value.
 double hostTimePart(double datetime) noexcept;
 
-// Range of date values the calendar works on: 1582-01-01 to 9999-12-31.
+// Range of date values the calendar works on: 1582-01-01 (day -138061) to
+// day 6589335 (20000-12-26 under the proleptic Gregorian rule).
 inline constexpr double kFirstDate = -138061.0;
 inline constexpr double kLastDate = 6589335.0;
 
