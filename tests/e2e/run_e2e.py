@@ -1,0 +1,190 @@
+#!/usr/bin/env python3
+"""End-to-end cases: every folder under tests/e2e that holds a case.json is one
+run of the qvt binary on real files.
+
+A case folder holds the program (any *.qvt), its input files, and case.json:
+
+    {
+      "args": ["run", "program.qvt"],      # qvt's arguments; the folder is the working directory
+      "exit": 0,                           # expected exit status
+      "messages": [[743, 101], ...],       # (group, number) pairs that must appear in the jsonl log
+      "absent": [[900, 12], ...],          # pairs that must not appear
+      "outputs": {"out.csv": "expect/out.csv"},   # produced file -> expected file (CSV, compared cell by cell)
+      "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
+      "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
+      "absent_files": ["out.csv"],         # files that must not exist after the run
+      "tolerance": 1e-9                    # relative tolerance for numeric cells
+    }
+
+Expected numbers are worked out independently of qvt (by hand, or by a script
+kept beside the case), never pasted from its output. The log is asked for as
+jsonl so that cases assert message numbers, not wording.
+"""
+import argparse
+import csv
+import json
+import math
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+
+def load_log(path):
+    msgs = []
+    if os.path.exists(path):
+        with open(path, encoding="utf-8") as f:
+            for line in f:
+                line = line.strip()
+                if line:
+                    msgs.append(json.loads(line))
+    return msgs
+
+
+def cells_equal(got, want, tol):
+    if got == want:
+        return True
+    try:
+        g, w = float(got), float(want)
+    except ValueError:
+        return False
+    if math.isnan(g) or math.isnan(w):
+        return False
+    return abs(g - w) <= tol * max(1.0, abs(w))
+
+
+def compare_csv(got_path, want_path, tol):
+    with open(got_path, newline="", encoding="utf-8") as f:
+        got = list(csv.reader(f))
+    with open(want_path, newline="", encoding="utf-8") as f:
+        want = list(csv.reader(f))
+    if not got or not want:
+        return [] if got == want else [f"{got_path}: empty vs expected {len(want)} rows"]
+    errors = []
+    # Compare the expected columns only, by name, so that a case need not list every column.
+    head_g, head_w = got[0], want[0]
+    missing = [c for c in head_w if c not in head_g]
+    if missing:
+        return [f"{os.path.basename(got_path)}: missing columns {missing}"]
+    idx = [head_g.index(c) for c in head_w]
+    if len(got) != len(want):
+        errors.append(f"{os.path.basename(got_path)}: {len(got) - 1} rows, expected {len(want) - 1}")
+    for r, (rg, rw) in enumerate(zip(got[1:], want[1:]), start=2):
+        for c, i in enumerate(idx):
+            g = rg[i] if i < len(rg) else "<absent>"
+            if not cells_equal(g, rw[c], tol):
+                errors.append(f"{os.path.basename(got_path)} row {r} column {head_w[c]}: got {g!r}, expected {rw[c]!r}")
+                if len(errors) > 10:
+                    return errors
+    return errors
+
+
+def contains(got, want, where="$"):
+    if isinstance(want, dict):
+        if not isinstance(got, dict):
+            return [f"{where}: expected an object"]
+        errs = []
+        for k, v in want.items():
+            if k not in got:
+                errs.append(f"{where}.{k}: absent")
+            else:
+                errs += contains(got[k], v, f"{where}.{k}")
+        return errs
+    if isinstance(want, list):
+        if not isinstance(got, list) or len(got) < len(want):
+            return [f"{where}: expected a list of at least {len(want)}"]
+        errs = []
+        for i, v in enumerate(want):
+            errs += contains(got[i], v, f"{where}[{i}]")
+        return errs
+    return [] if got == want else [f"{where}: got {got!r}, expected {want!r}"]
+
+
+def run_case(qvt, case_dir):
+    with open(os.path.join(case_dir, "case.json"), encoding="utf-8") as f:
+        spec = json.load(f)
+    tol = spec.get("tolerance", 1e-9)
+    with tempfile.TemporaryDirectory(prefix="qvt-e2e-") as work:
+        for name in os.listdir(case_dir):
+            src = os.path.join(case_dir, name)
+            if os.path.isfile(src):
+                shutil.copy(src, work)
+            elif name != "expect":
+                shutil.copytree(src, os.path.join(work, name))
+        log = os.path.join(work, "log.jsonl")
+        args = list(spec["args"])
+        cmd = [qvt] + args[:1] + ["--log-format", "jsonl", "--log", log] + args[1:]
+        if args[:1] not in (["run"], ["check"]):
+            cmd = [qvt] + args
+        proc = subprocess.run(cmd, cwd=work, capture_output=True, text=True, timeout=300)
+        errors = []
+        if proc.returncode != spec.get("exit", 0):
+            errors.append(f"exit {proc.returncode}, expected {spec.get('exit', 0)}; stderr: {proc.stderr[-800:]}")
+        msgs = load_log(log)
+        seen = {(m.get("group"), m.get("number")) for m in msgs}
+        for g, n in spec.get("messages", []):
+            if (g, n) not in seen:
+                errors.append(f"message {g}/{n} not in the log (saw {sorted(seen)})")
+        for g, n in spec.get("absent", []):
+            if (g, n) in seen:
+                errors.append(f"message {g}/{n} is in the log but must not be")
+        for produced, expected in spec.get("outputs", {}).items():
+            p = os.path.join(work, produced)
+            if not os.path.exists(p):
+                errors.append(f"{produced} was not written")
+                continue
+            errors += compare_csv(p, os.path.join(case_dir, expected), tol)
+        for absent in spec.get("absent_files", []):
+            if os.path.exists(os.path.join(work, absent)):
+                errors.append(f"{absent} must not exist")
+        if "stdout_json" in spec or "stdout_json_contains" in spec:
+            try:
+                got = json.loads(proc.stdout)
+            except json.JSONDecodeError as e:
+                errors.append(f"stdout is not JSON: {e}: {proc.stdout[:300]!r}")
+                got = None
+            if got is not None and "stdout_json" in spec:
+                with open(os.path.join(case_dir, spec["stdout_json"]), encoding="utf-8") as f:
+                    want = json.load(f)
+                if got != want:
+                    errors.append("stdout JSON differs: " + "; ".join(contains(got, want)[:5]))
+            if got is not None and "stdout_json_contains" in spec:
+                errors += contains(got, spec["stdout_json_contains"])
+        return errors
+
+
+def main():
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--qvt", required=True)
+    ap.add_argument("--cases", required=True)
+    ap.add_argument("only", nargs="*", help="run only these case names")
+    a = ap.parse_args()
+    cases = []
+    for root, dirs, files in os.walk(a.cases):
+        dirs.sort()
+        if "case.json" in files:
+            cases.append(root)
+    if a.only:
+        cases = [c for c in cases if os.path.basename(c) in a.only]
+    passed = failed = 0
+    for c in sorted(cases):
+        name = os.path.relpath(c, a.cases)
+        try:
+            errs = run_case(a.qvt, c)
+        except Exception as e:  # a broken case is a failure, not a crash of the runner
+            errs = [f"{type(e).__name__}: {e}"]
+        if errs:
+            failed += 1
+            print(f"FAIL {name}")
+            for e in errs:
+                print(f"    {e}")
+        else:
+            passed += 1
+            print(f"ok   {name}")
+    print(f"e2e: {passed} passed, {failed} failed")
+    return 1 if failed or not cases else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
