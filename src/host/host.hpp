@@ -5,14 +5,29 @@
 // behind the abstract class Host; pure services that every host shares (date
 // primitives, format rendering, the message catalogue) are free functions
 // declared in the headers this one includes.
+//
+// Every operation has a virtual member and, where the engine's routines call
+// it by its `host...` name, a thin free function of that name. Only msgLog is
+// pure virtual: a host that only collects messages (a parser test) derives
+// from Host and overrides that one; every other operation then answers
+// kHostUnsupported (or null / 0), so callers see a plain failure code.
+//
+// Result codes: 0 success, negative failure (the kHost... constants below),
+// and for the reading operations 1 "one more" / 0 "no more".
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "run/strings.hpp"
 
 namespace qvt {
 
@@ -41,19 +56,262 @@ struct VarInfo {
   std::string format;  // e.g. "DATE9." or empty
 };
 
+// ---------------------------------------------------------------------------
+// Handles. Each is a small number owned by the host; 0 is the null handle
+// (for a data set: "not asked for").
+struct DsHandle {
+  int id = 0;
+  explicit operator bool() const noexcept { return id != 0; }
+  friend bool operator==(DsHandle, DsHandle) = default;
+};
+struct PoolHandle {
+  int id = 0;
+  explicit operator bool() const noexcept { return id != 0; }
+  friend bool operator==(PoolHandle, PoolHandle) = default;
+};
+struct SpoolHandle {
+  int id = 0;
+  explicit operator bool() const noexcept { return id != 0; }
+  friend bool operator==(SpoolHandle, SpoolHandle) = default;
+};
+
+// Result codes of host operations.
+inline constexpr int kHostOk = 0;
+inline constexpr int kHostUnsupported = -1;   // this host has no such service
+inline constexpr int kHostBadHandle = -2;     // null, closed or wrong-kind handle
+inline constexpr int kHostNotFound = -3;      // no such data set, library or variable
+inline constexpr int kHostIoError = -4;       // the file system refused
+inline constexpr int kHostDataError = -5;     // the data set's contents are unusable
+inline constexpr int kHostByOrder = -6;       // a record out of BY order
+inline constexpr int kHostNoInput = -7;       // no DATA= and no earlier output
+inline constexpr int kHostBadArgument = -8;   // a call the engine should never make
+inline constexpr int kHostNoMemory = -9;      // the memory budget is spent
+inline constexpr int kHostSpoolFailed = -10;  // a spool write or read failed
+inline constexpr int kHostWrongState = -11;   // e.g. a definition after the first row
+// Spool read at the end of the file: the engine tests (result & 0x803FFFFF) == 0x801.
+inline constexpr int kHostEof = 0x801;
+
+enum class DsMode : std::uint8_t { Input, Output };
+
+// One BY variable: its 1-based number in the input data set, and its order.
+struct ByVar {
+  int varno = 0;
+  bool descending = false;
+};
+
+// Facts about an open data set.
+struct DsFacts {
+  long long nobs = -1;     // records; -1 when the engine can't tell in advance
+  std::string lib;         // library name as written by the user, upper case
+  std::string member;      // member name, case kept
+  std::string label;       // data set label, may be empty
+  std::string display;     // name for messages, e.g. "WORK.SALES" or a path
+  bool readable = false;   // input that can be read once, front to back, by BY group
+  bool rid2n = false;      // record IDs need conversion to observation numbers
+};
+
+// Thrown by hostExit and caught by hostRunStep; never seen by the engine's
+// own code, which only runs the destructors it passes on the way out.
+struct StepExit {
+  int rc = 0;
+};
+
 class Host {
  public:
   virtual ~Host() = default;
+
+  // --- messages -----------------------------------------------------------
 
   // Writes a message of the catalogue to the log. `at` names the place in
   // the program text when the message concerns a statement.
   virtual void msgLog(int group, int number, std::span<const MsgArg> args,
                       const SourcePos* at = nullptr) = 0;
+
+  // The text of a catalogue row with its arguments in place (labels, column
+  // titles). Empty when the catalogue has no such row.
+  virtual std::string msgText(int group, int number, std::span<const MsgArg> args = {}) const;
+
+  // Writes the message that explains the last failed host operation whose
+  // result was `result` (spools, record writes), then forgets it.
+  virtual void msgRaw(int result);
+
+  // --- options ------------------------------------------------------------
+
+  // Value of a host option such as "DEBUG" or "INTERVALDS"; names are case
+  // insensitive. nullopt when the option was not given.
+  virtual std::optional<std::string> optionGet(std::string_view name) const;
+
+  // --- data sets ----------------------------------------------------------
+
+  // Opens a data set named `member`, `lib.member`, or a quoted path. An empty
+  // name (or _LAST_) for input means the last data set an earlier step wrote.
+  // On failure the host has already logged a message naming the data set.
+  virtual int dsOpen(std::string_view name, DsMode mode, DsHandle* out);
+  // Closes a data set. An output stays under its temporary name until the
+  // step ends; see stepEnd.
+  virtual int dsClose(DsHandle ds);
+  // The variables of an open data set, in order; variable numbers are 1-based
+  // positions in this list. Empty for a bad handle.
+  virtual std::span<const VarInfo> dsVars(DsHandle ds) const;
+  // 1-based number of the variable, names compared without regard to case; 0 when absent.
+  virtual int varFind(DsHandle ds, std::string_view name) const;
+  virtual int dsInfo(DsHandle ds, DsFacts* out) const;
+  // Gives an output data set its label.
+  virtual int dsSetLabel(DsHandle ds, std::string_view label);
+
+  // Input: bind variables to cells, then iterate BY groups and records.
+  virtual int varGetD(DsHandle ds, int varno, double* cell);
+  virtual int varGetT(DsHandle ds, int varno, std::string* cell);
+  // The BY variables and their order; without a call there is one group.
+  // With notsorted a group is each run of equal values and no order is checked.
+  virtual int bySet(DsHandle ds, std::span<const ByVar> vars, bool notsorted);
+  // 1 when another BY group starts, 0 at the end, negative on failure.
+  // Records of the previous group that were not read are skipped.
+  virtual int byNext(DsHandle ds);
+  // 1 when the next record of the group is in hand, 0 at the group's end,
+  // negative on failure (kHostByOrder after the out-of-order message).
+  virtual int byGet(DsHandle ds);
+  // Moves the cells of the record in hand into the bound cells.
+  virtual int rowGet(DsHandle ds);
+  // 1-based observation number of the record in hand; 0 before the first.
+  virtual long long dsNote(DsHandle ds) const;
+
+  // Output: define variables bound to cells, then add records.
+  virtual int varPutD(DsHandle ds, const VarInfo& info, const double* cell);
+  virtual int varPutT(DsHandle ds, const VarInfo& info, const std::string* cell);
+  // A character cell in the engine's own form: a 16-bit length and its text.
+  virtual int varPutTc(DsHandle ds, const VarInfo& info, const std::int16_t* len, const tchar* text);
+  // Copies the definitions of source variables; their values follow the
+  // source's BY group in hand (or its record in hand for other variables).
+  virtual int varPutCv(DsHandle ds, DsHandle source, std::span<const int> varnos);
+  // Ends the definitions; the data set can take records from now on.
+  virtual int varPutE(DsHandle ds);
+  // Takes the bound cells as the next record.
+  virtual int rowPut(DsHandle ds);
+  // Appends the record taken by rowPut.
+  virtual int dsAdd(DsHandle ds);
+
+  // --- memory -------------------------------------------------------------
+
+  // A pool; null when that fails. Pools live until the step ends.
+  virtual PoolHandle poolCreate(std::size_t initial, std::size_t block, int flags);
+  // A zero-filled block of `bytes`, or null (the bytes then add to the deficit).
+  virtual void* poolAlloc(PoolHandle pool, std::size_t bytes);
+  // Frees a block; `bytes` may be -1 when the caller doesn't know the size.
+  virtual void poolFree(PoolHandle pool, void* block, long long bytes);
+  // Grows or shrinks a block keeping its contents; new bytes are zero. Null on
+  // failure, and the old block is then still valid.
+  virtual void* realloc(PoolHandle pool, void* block, std::size_t oldBytes, std::size_t newBytes,
+                        int flags);
+  // Bytes that allocations may still take under the budget.
+  virtual std::size_t poolSize() const;
+  // Bytes that allocations failed to provide since the last call; resets.
+  virtual long long memDefault();
+  // Issues the out-of-memory note for that many bytes.
+  virtual void memMessage(long long bytes);
+
+  // --- spools -------------------------------------------------------------
+
+  virtual int spoolOpen(SpoolHandle* out);
+  virtual int spoolWrite(SpoolHandle sp, const void* data, std::size_t bytes);
+  // 0 when all bytes were read; kHostEof when fewer remain (nothing is read).
+  virtual int spoolRead(SpoolHandle sp, void* data, std::size_t bytes);
+  // Moves to byte `pos` (0 the start); -2 cuts the file at the current position.
+  virtual int spoolPoint(SpoolHandle sp, long long pos);
+  virtual int spoolClose(SpoolHandle sp, int mode);
+
+  // --- the step -----------------------------------------------------------
+
+  // The step ended with return code rc: outputs are renamed into place when
+  // rc is below 1000 (only whole-step failures discard them), and pools,
+  // spools and data sets are released.
+  virtual void stepEnd(int rc);
 };
+
+// ---------------------------------------------------------------------------
+// The operations under the names the engine's routines use.
 
 inline void hostMsgLog(Host& h, int group, int number, std::initializer_list<MsgArg> args = {},
                        const SourcePos* at = nullptr) {
   h.msgLog(group, number, std::span<const MsgArg>(args.begin(), args.size()), at);
 }
+
+// Puts a message's text, blank-padded, into buf (size units); returns the
+// length of the text (at most size).
+int hostMsgText(const Host& h, tchar* buf, int size, int group, int number,
+                std::initializer_list<MsgArg> args = {});
+
+inline void hostMsgRaw(Host& h, int /*zero*/, int result) { h.msgRaw(result); }
+
+inline std::optional<std::string> hostOptionGet(const Host& h, std::string_view name) {
+  return h.optionGet(name);
+}
+
+inline int hostDsOpen(Host& h, std::string_view name, DsMode mode, DsHandle* out) {
+  return h.dsOpen(name, mode, out);
+}
+inline int hostDsClose(Host& h, DsHandle ds) { return h.dsClose(ds); }
+inline int hostVarFind(const Host& h, DsHandle ds, std::string_view name) { return h.varFind(ds, name); }
+// The description of variable varno (1-based); kHostNotFound outside the list.
+int hostVarName(const Host& h, DsHandle ds, int varno, VarInfo* out);
+inline int hostDsInfo(const Host& h, DsHandle ds, DsFacts* out) { return h.dsInfo(ds, out); }
+inline int hostVarGetD(Host& h, DsHandle ds, int varno, double* cell) { return h.varGetD(ds, varno, cell); }
+inline int hostVarGetT(Host& h, DsHandle ds, int varno, std::string* cell) {
+  return h.varGetT(ds, varno, cell);
+}
+inline int hostRowGet(Host& h, DsHandle ds) { return h.rowGet(ds); }
+inline int hostByNext(Host& h, DsHandle ds) { return h.byNext(ds); }
+inline long long hostDsNote(const Host& h, DsHandle ds) { return h.dsNote(ds); }
+inline int hostVarPutD(Host& h, DsHandle ds, const VarInfo& info, const double* cell) {
+  return h.varPutD(ds, info, cell);
+}
+template <int N>
+int hostVarPutT(Host& h, DsHandle ds, const VarInfo& info, const u_text<N>& cell) {
+  return h.varPutTc(ds, info, &cell.len, cell.text);
+}
+inline int hostVarPutCv(Host& h, DsHandle ds, DsHandle source, std::span<const int> varnos) {
+  return h.varPutCv(ds, source, varnos);
+}
+inline int hostVarPutE(Host& h, DsHandle ds) { return h.varPutE(ds); }
+inline int hostRowPut(Host& h, DsHandle ds) { return h.rowPut(ds); }
+inline int hostDsAdd(Host& h, DsHandle ds) { return h.dsAdd(ds); }
+
+inline PoolHandle hostPoolCreate(Host& h, std::size_t initial, std::size_t block, int flags) {
+  return h.poolCreate(initial, block, flags);
+}
+inline void* hostPoolAlloc(Host& h, PoolHandle pool, std::size_t bytes) { return h.poolAlloc(pool, bytes); }
+inline void hostPoolFree(Host& h, PoolHandle pool, void* block, long long bytes) {
+  h.poolFree(pool, block, bytes);
+}
+inline void* hostRealloc(Host& h, PoolHandle pool, void* block, std::size_t oldBytes,
+                         std::size_t newBytes, int flags) {
+  return h.realloc(pool, block, oldBytes, newBytes, flags);
+}
+inline std::size_t hostPoolSize(const Host& h) { return h.poolSize(); }
+inline long long hostMemDefault(Host& h) { return h.memDefault(); }
+inline void hostMemMessage(Host& h, long long bytes) { h.memMessage(bytes); }
+
+inline int hostSpoolOpen(Host& h, SpoolHandle* out) { return h.spoolOpen(out); }
+inline int hostSpoolWrite(Host& h, SpoolHandle sp, const void* data, std::size_t bytes) {
+  return h.spoolWrite(sp, data, bytes);
+}
+inline int hostSpoolRead(Host& h, SpoolHandle sp, void* data, std::size_t bytes) {
+  return h.spoolRead(sp, data, bytes);
+}
+inline int hostSpoolPoint(Host& h, SpoolHandle sp, long long pos) { return h.spoolPoint(sp, pos); }
+inline int hostSpoolClose(Host& h, SpoolHandle sp, int mode) { return h.spoolClose(sp, mode); }
+
+// Ends the step with return code rc; doesn't return. Only valid inside hostRunStep.
+[[noreturn]] void hostExit(Host& h, int rc, int zero = 0);
+
+// Reads the next record of the BY group. A record out of order has already
+// been reported by the host; it ends the step with rc 1012 (the input can't be
+// used the way the run needs it).
+int hostByGet(Host& h, DsHandle ds);
+
+// Runs one step: calls body, takes the rc of its hostExit (0 when it simply
+// returns), then h.stepEnd(rc). Out of memory in the C++ runtime becomes rc
+// 1016 after the host's out-of-memory note. Returns rc.
+int hostRunStep(Host& h, const std::function<void()>& body);
 
 }  // namespace qvt

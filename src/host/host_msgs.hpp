@@ -1,0 +1,54 @@
+// Numbers of the host layer's own messages (catalogue group 900). The texts
+// live in catalog.cpp; the arguments each takes are listed beside it.
+#pragma once
+
+namespace qvt {
+
+inline constexpr int kMsgGroupHost = 900;
+
+enum HostMsg : int {
+  kMsgInternal = 1,            // (what)
+  // data set names and libraries
+  kMsgBadDsName = 10,          // (name)
+  kMsgNoLibrary = 11,          // (lib, data set)
+  kMsgNoDataSet = 12,          // (data set, file)
+  kMsgLibraryKind = 14,        // (lib, kind)
+  kMsgBadLibSpec = 15,         // (text)
+  kMsgCantOpen = 16,           // (file, reason)
+  kMsgCantCreate = 17,         // (data set, folder, reason)
+  kMsgCantCommit = 18,         // (data set, file, reason)
+  kMsgBadMeta = 19,            // (file, reason)
+  kMsgDiscarded = 20,          // (data set, rc)
+  kMsgWritten = 21,            // (data set, records, variables)
+  // CSV files
+  kMsgCsvEmpty = 30,           // (file)
+  kMsgCsvEmptyName = 31,       // (file, column)
+  kMsgCsvDupName = 32,         // (file, column, earlier column, name)
+  kMsgCsvLongName = 33,        // (file, column, name)
+  kMsgCsvBadUtf8 = 34,         // (file, line, column)
+  kMsgCsvRagged = 35,          // (file, line, fields, header fields)
+  kMsgCsvOpenQuote = 36,       // (file, line)
+  kMsgCsvAfterQuote = 37,      // (file, line, column)
+  kMsgCsvNoRecords = 38,       // (file)
+  kMsgCsvTypeClash = 39,       // (file, line, column name, cell, kind, side file)
+  kMsgCsvReadFailed = 40,      // (file, reason)
+  kMsgCsvWriteFailed = 41,     // (file, reason)
+  // BY groups and variables
+  kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
+  kMsgNoVariable = 51,         // (variable number, data set)
+  kMsgDupVariable = 52,        // (name, data set)
+  kMsgLateVariable = 53,       // (data set)
+  kMsgCellType = 54,           // (variable, data set, type)
+  kMsgNotOpenFor = 55,         // (data set, "input"/"output")
+  // memory
+  kMsgOutOfMemory = 70,        // (bytes, budget)
+  // spools
+  kMsgSpoolCreate = 80,        // (folder, reason)
+  kMsgSpoolWrite = 81,         // (reason)
+  kMsgSpoolRead = 82,          // (reason)
+  kMsgSpoolPoint = 83,         // (reason)
+  kMsgSpoolClose = 84,         // (reason)
+  kMsgHostCallFailed = 90,     // (result code)
+};
+
+}  // namespace qvt
