@@ -125,22 +125,29 @@ void zrchinv(const double* a, double* ainv, int n) noexcept;
 // 0.05, for which inrho[h] lambda^h passes the Durbin-Levinson recursion with
 // every partial autocorrelation below 1 in size. Returns lambda (1 when the
 // sequence passes as it stands); work[0..p-1] receives the coefficients
-// phi_1..phi_p of the AR model x_t = sum phi_j x_{t-j} + e_t at that lambda.
+// a_1..a_p of the AR polynomial 1 + a_1 B + ... + a_p B^p at that lambda,
+// that is a_j = -phi_j for the model x_t = sum phi_j x_{t-j} + e_t.
 double zposdef(const double* inrho, int p, double* work) noexcept;
 
 // ------------------------------------------------------------ selection
 
 // Order statistics by partitioning (Hoare's FIND), without a full sort; x is
-// rearranged in place. j_d[0..nq-1]: wanted 0-based positions, ascending;
-// xj receives the values, xj1 (if not null) the next order statistics (the
-// same value at the last position). freq (if not null) weights each element,
-// and positions then count weight. p (if not null) is a parallel payload of
-// plength bytes per element moved along with x; pwork is plength bytes of
-// scratch. Results: 0; -1 for n < 1, nq < 1, j_d[0] < -1, descending
-// positions, or (without freq) a position above n - 1; -2 for a freq total
-// at or below 1e-12.
-int zqpsort(long n, double* x, const double* freq, int nq, const double* j_d, double* xj,
-            double* xj1, void* p, int plength, void* pwork) noexcept;
+// rearranged in place. j_d[0..nq-1]: wanted 0-based positions, ascending
+// (a fraction is dropped); xj receives the values, xj1 (if not null) the next
+// order statistics. Position -1 is allowed: its xj is missing and its xj1 the
+// smallest value. At the last position xj1 repeats xj.
+// freq (if not null) weights each element and is rearranged along with x;
+// positions then count weight: the element that fills the weight interval
+// [W, W + w) of the sorted order stands at every position in it. Positions at
+// or beyond the total weight give the largest element of positive weight.
+// Weights that are missing, negative or NaN count 0.
+// p (if not null) is a parallel payload of plength bytes per element moved
+// along with x; pwork is plength bytes of scratch for the swaps.
+// Results: 0; -1 for n < 1, nq < 1, j_d[0] < -1, descending positions, a
+// payload without pwork or plength, or (without freq) a position above
+// n - 1; -2 for a freq total at or below 1e-12.
+int zqpsort(long n, double* x, double* freq, int nq, const double* j_d, double* xj, double* xj1,
+            void* p, int plength, void* pwork) noexcept;
 
 // ------------------------------------------------------------ small ones
 
