@@ -118,7 +118,8 @@ int zinti2s(tchar* str, int* len, const INTERVAL* istr) noexcept;
 
 // Writes the base name only (with "DT" for a datetime interval above code
 // 20), no multiplier, shift or terminator; *l gets its length. Always 0.
-// The buffer needs room for 12 characters.
+// A custom interval writes its token less the multiplier and shift. The
+// buffer needs room for kIntTokenMax characters.
 int zintbase(tchar* name, int* l, const INTERVAL* istr) noexcept;
 
 // The interval with that code, multiplier 1 and no shift: 0, or 1 for a code
