@@ -1,0 +1,14 @@
+// Lookup of the method table. A method whose kernels are not part of this
+// build answers null, and the driver turns that into -999.
+#include "smoothing/esmkset.hpp"
+
+namespace qvt {
+
+const ESMMODELSET* esmmodelset(int method) noexcept {
+  switch (method) {
+    case kEsmSimple: return &kEsmSimpleSet;
+    default: return nullptr;
+  }
+}
+
+}  // namespace qvt
