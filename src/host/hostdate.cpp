@@ -98,6 +98,9 @@ double hostTimePart(double datetime) noexcept {
   if (wzmis(datetime) || !std::isfinite(datetime)) return kMissing;
   double t = std::fmod(datetime, 86400.0);
   if (t < 0) t += 86400.0;
+  // A tiny negative remainder rounds up to a whole day when 86400 is added;
+  // the time of day must stay below midnight.
+  if (t >= 86400.0) t = std::nextafter(86400.0, 0.0);
   return t;
 }
 

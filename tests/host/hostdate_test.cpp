@@ -1,0 +1,146 @@
+#include "host/hostdate.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "../calendar/date_oracle.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::loadDateOracle;
+
+TEST(HostDateOracle, AgreesWithPythonDatetime) {
+  const auto rows = loadDateOracle();
+  ASSERT_GT(rows.size(), 3000u);
+  for (const auto& r : rows) {
+    SCOPED_TRACE(::testing::Message() << r.y << '-' << r.m << '-' << r.d);
+    EXPECT_EQ(hostMdyToDate(r.m, r.d, r.y), static_cast<double>(r.day));
+    EXPECT_EQ(hostMdy(r.m, r.d, r.y), static_cast<double>(r.day));
+    int m = 0, d = 0, y = 0;
+    ASSERT_EQ(hostDateToMdy(static_cast<double>(r.day), &m, &d, &y), 0);
+    EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d);
+    // A fraction of a day belongs to the same day.
+    ASSERT_EQ(hostDateToMdy(r.day + 0.999, &m, &d, &y), 0);
+    EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d);
+    EXPECT_EQ(hostWeekday(static_cast<double>(r.day)), r.wday);
+    EXPECT_EQ(hostWeekday(r.day + 0.5), r.wday);
+    EXPECT_EQ(hostYear(static_cast<double>(r.day)), r.y);
+  }
+}
+
+// Every day of the calendar: the conversion is a bijection of consecutive
+// days onto consecutive civil dates. The successor of a civil date is worked
+// out by the month lengths, independently of the day arithmetic.
+TEST(HostDateRoundTrip, EveryDayFollowsTheDayBefore) {
+  int pm = 12, pd = 31, py = 1581;
+  for (long x = -138061; x <= 6589335; ++x) {
+    int m = 0, d = 0, y = 0;
+    ASSERT_EQ(hostDateToMdy(static_cast<double>(x), &m, &d, &y), 0) << x;
+    const bool leap = (py % 4 == 0 && py % 100 != 0) || py % 400 == 0;
+    const int len[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    int em = pm, ed = pd + 1, ey = py;
+    if (ed > len[pm - 1]) {
+      ed = 1;
+      if (++em > 12) {
+        em = 1;
+        ++ey;
+      }
+    }
+    ASSERT_TRUE(m == em && d == ed && y == ey) << x;
+    if (d == 1 || d == 28 || x % 97 == 0) {
+      ASSERT_EQ(hostMdyToDate(m, d, y), static_cast<double>(x));
+    }
+    pm = m;
+    pd = d;
+    py = y;
+  }
+  EXPECT_EQ(py * 10000 + pm * 100 + pd, 200001226);  // day 6589335
+}
+
+struct BadMdy {
+  const char* what;
+  int m, d, y;
+};
+
+TEST(HostDateRange, InvalidDaysAreMissing) {
+  const BadMdy cases[] = {
+      {"month 0", 0, 1, 2000},           {"month 13", 13, 1, 2000},
+      {"day 0", 1, 0, 2000},             {"April 31", 4, 31, 2000},
+      {"Feb 29 of 1900", 2, 29, 1900},   {"Feb 30 of 2000", 2, 30, 2000},
+      {"before 1582", 12, 31, 1581},     {"after the last day", 12, 27, 20000},
+      {"year 20001", 1, 1, 20001},       {"negative year", 1, 1, -5},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(wzmis(hostMdyToDate(c.m, c.d, c.y)), 1) << c.what;
+    EXPECT_EQ(wzmis(hostMdy(c.m, c.d, c.y)), 1) << c.what;
+  }
+  EXPECT_EQ(hostMdyToDate(12, 26, 20000), 6589335.0);
+  EXPECT_EQ(hostMdyToDate(2, 29, 2400), hostMdyToDate(3, 1, 2400) - 1);
+}
+
+TEST(HostDateRange, UnconvertibleValues) {
+  const double bad[] = {kMissing, skMissVal('A'), skMissVal('Z'), skMissVal('_'),
+                        std::numeric_limits<double>::quiet_NaN(),
+                        std::numeric_limits<double>::infinity(),
+                        -std::numeric_limits<double>::infinity(),
+                        -138061.5, -138062.0, 6589336.0, 1e300, -1e300};
+  for (double v : bad) {
+    int m = -7, d = -7, y = -7;
+    EXPECT_NE(hostDateToMdy(v, &m, &d, &y), 0) << v;
+    EXPECT_EQ(m * 100 + d * 10 + y, -777) << "outputs left alone for " << v;
+    EXPECT_EQ(wzmis(hostYear(v)), 1) << v;
+    EXPECT_EQ(wzmis(hostWeekday(v)), 1) << v;
+  }
+  int y = 0;
+  EXPECT_EQ(hostDateToMdy(6589335.9, nullptr, nullptr, &y), 0);
+  EXPECT_EQ(y, 20000);
+}
+
+TEST(HostDateMdy, DoubleArgumentsMustBeWhole) {
+  EXPECT_EQ(hostMdy(3.0, 1.0, 2000.0), 14670.0);  // 40 * 365 + 10 leap days + 31 + 29
+  EXPECT_EQ(wzmis(hostMdy(3.5, 1, 2000)), 1);
+  EXPECT_EQ(wzmis(hostMdy(3, 1.25, 2000)), 1);
+  EXPECT_EQ(wzmis(hostMdy(kMissing, 1, 2000)), 1);
+  EXPECT_EQ(wzmis(hostMdy(3, 1, skMissVal('B'))), 1);
+  EXPECT_EQ(wzmis(hostMdy(3, 1, std::numeric_limits<double>::quiet_NaN())), 1);
+  EXPECT_EQ(wzmis(hostMdy(3, 1, 1e12)), 1);
+}
+
+struct TimeCase {
+  double dt, tod;
+};
+
+TEST(HostDateTimePart, SecondsSinceMidnight) {
+  const TimeCase cases[] = {
+      {0.0, 0.0},          {1.0, 1.0},         {86399.0, 86399.0},   {86400.0, 0.0},
+      {86400.0 * 3 + 45.5, 45.5},              {-1.0, 86399.0},      {-86400.0, 0.0},
+      {-0.25, 86399.75},   {-86400.0 * 1000 + 3600, 3600.0},
+      {-11928470400.0, 0.0},  // 1582-01-01 00:00:00
+  };
+  for (const auto& c : cases) EXPECT_EQ(hostTimePart(c.dt), c.tod) << c.dt;
+  EXPECT_EQ(wzmis(hostTimePart(kMissing)), 1);
+  EXPECT_EQ(wzmis(hostTimePart(skMissVal('M'))), 1);
+  EXPECT_EQ(wzmis(hostTimePart(std::numeric_limits<double>::infinity())), 1);
+  // A tiny negative time lies just before midnight; the result must stay
+  // inside [0, 86400) even where the sum rounds up.
+  const double t = hostTimePart(-1e-20);
+  EXPECT_GE(t, 0.0);
+  EXPECT_LT(t, 86400.0);
+}
+
+// Anchors worked by hand: day 0 is Friday 1960-01-01; 1959-12-31 is a Thursday.
+TEST(HostDateAnchors, Epoch) {
+  EXPECT_EQ(hostMdyToDate(1, 1, 1960), 0.0);
+  EXPECT_EQ(hostMdyToDate(12, 31, 1959), -1.0);
+  EXPECT_EQ(hostMdyToDate(1, 1, 1582), -138061.0);
+  EXPECT_EQ(hostWeekday(0.0), 6.0);
+  EXPECT_EQ(hostWeekday(-1.0), 5.0);
+  EXPECT_EQ(hostWeekday(2.0), 1.0);  // 1960-01-03, a Sunday
+}
+
+}  // namespace
+}  // namespace qvt
