@@ -186,9 +186,51 @@ bool betaFraction(double x, double a, double b, double* cf) {
 
 }  // namespace
 
-int zibeta(double x, double a, double b, double* p, double* d) noexcept {
+namespace {
+
+// ln(1 + u) - u without cancellation: with t = u / (2 + u),
+// ln(1 + u) = 2 atanh t and u - 2t = u^2 / (2 + u), so
+// ln(1 + u) - u = -u^2 / (2 + u) + 2 (t^3/3 + t^5/5 + ...).
+double log1pmx(double u) {
+  if (std::fabs(u) >= 0.5) return std::log1p(u) - u;
+  const double t = u / (2.0 + u);
+  const double t2 = t * t;
+  double tk = t * t2;
+  double sum = 0.0;
+  for (int k = 3; k < 60; k += 2) {
+    const double term = tk / k;
+    sum += term;
+    if (std::fabs(term) <= 1e-17 * std::fabs(sum)) break;
+    tk *= t2;
+  }
+  return -u * u / (2.0 + u) + 2.0 * sum;
+}
+
+// ln(x^a y^b / B(a, b)) with y = 1 - x, both given to full accuracy.
+// For large a and b the direct sum of a ln x, b ln y and ln B(a, b) cancels
+// thousands-fold; there the form of DiDonato and Morris (ACM TOMS 18, 1992,
+// Algorithm 708) is used instead: with x0 = a/(a+b), y0 = b/(a+b),
+//   a ln(x/x0) + b ln(y/y0) = a log1pmx((x-x0)/x0) + b log1pmx((y-y0)/y0)
+// (the first-order terms cancel exactly), and by Stirling's series
+//   a ln x0 + b ln y0 - ln B(a, b) = ln sqrt(a b / (2 pi (a+b))) - Delta
+// with Delta the Stirling corrections of a and b less that of a + b.
+double logBetaKernel(double x, double y, double lnx, double lny, double a, double b) {
+  if (std::fmin(a, b) < 15.0) return a * lnx + b * lny - zlbeta(a, b);
+  const double s = a + b;
+  const double x0 = a / s;
+  const double y0 = b / s;
+  const double dx = x < 0.5 ? x - x0 : y0 - y;  // x - x0 from the more accurate side
+  const double e = a * log1pmx(dx / x0) + b * log1pmx(-dx / y0);
+  const double delta = zlgbern(a) + zlgbern(b) - zlgbern(s);
+  return e + 0.5 * std::log(a / s * b / (2.0 * 3.14159265358979323846)) - delta;
+}
+
+// The regularized incomplete beta function with x and its complement y both
+// supplied, so that callers holding y = t^2 / (t^2 + df) or the like to full
+// relative accuracy do not lose it to the rounding of 1 - x.
+int ibetaXY(double x, double y, double a, double b, double* p, double* d) {
   if (a > kTwo53 || b > kTwo53) return 1;
-  if (!(x >= 0.0 && x <= 1.0) || !(a > 0.0) || !(b > 0.0)) {
+  if (!(x >= 0.0 && x <= 1.0) || !(y >= 0.0 && y <= 1.0) || !(a > 0.0) || !(b > 0.0)) {
     *p = -1.0;
     *d = 0.0;
     return -1;
@@ -198,14 +240,15 @@ int zibeta(double x, double a, double b, double* p, double* d) noexcept {
     *d = 0.0;
     return 0;
   }
-  if (x == 1.0) {
+  if (y == 0.0) {
     *p = 1.0;
     *d = 0.0;
     return 0;
   }
-  const double lnx = std::log(x);
-  const double ln1mx = zln1px(-x);
-  const double ldens = (a - 1.0) * lnx + (b - 1.0) * ln1mx - zlbeta(a, b);
+  const double lnx = x < 0.5 ? std::log(x) : std::log1p(-y);
+  const double lny = y < 0.5 ? std::log(y) : std::log1p(-x);
+  const double lkern = logBetaKernel(x, y, lnx, lny, a, b);  // ln x^a y^b / B(a, b)
+  const double ldens = lkern - lnx - lny;
   if (ldens < kExpLow) {
     // The density underflows: all the mass lies on one side of x.
     *d = 0.0;
@@ -215,26 +258,21 @@ int zibeta(double x, double a, double b, double* p, double* d) noexcept {
   *d = ldens < kExpHigh ? std::exp(ldens) : std::numeric_limits<double>::max();
 
   // The fraction converges fast left of the mean; right of it, evaluate the
-  // other tail, I_x(a, b) = 1 - I_{1-x}(b, a).
+  // other tail, I_x(a, b) = 1 - I_y(b, a).
   const double s = a + b;
   const bool swap = x * s > a + 2.0 * std::sqrt(a * b / (s + 1.0)) || x * s + 6.0 * x > a + 3.0;
-  const double xx = swap ? 1.0 - x : x;
-  const double aa = swap ? b : a;
-  const double bb = swap ? a : b;
   double cf = 0.0;
-  if (betaFraction(xx, aa, bb, &cf)) {
-    // Prefactor x^a (1-x)^b / (a B(a, b)) = density * x (1 - x) / a, in logs
-    // so that a huge density at a tiny x can't overflow.
-    const double lpre = ldens + lnx + ln1mx - std::log(aa);
-    double tail = std::exp(lpre) * cf;
-    double r = swap ? 1.0 - tail : tail;
+  if (betaFraction(swap ? y : x, swap ? b : a, swap ? a : b, &cf)) {
+    // Prefactor x^a y^b / (a B(a, b)), or with b in place of a when swapped.
+    const double tail = std::exp(lkern - std::log(swap ? b : a)) * cf;
+    const double r = swap ? 1.0 - tail : tail;
     *p = std::fmin(1.0, std::fmax(0.0, r));
     return 0;
   }
   if ((a > 5000.0 && b > 100.0) || (b > 5000.0 && a > 100.0)) {
     // Normal approximation of the cube root of the beta-F ratio (Paulson's
     // form of the Wilson-Hilferty transform).
-    const double w = std::cbrt(b * x / (a * (1.0 - x)));
+    const double w = std::cbrt(b * x / (a * y));
     const double z = ((1.0 - 1.0 / (9.0 * b)) * w + 1.0 / (9.0 * a) - 1.0) /
                      std::sqrt(w * w / (9.0 * b) + 1.0 / (9.0 * a));
     *p = std::fmin(1.0, std::fmax(0.0, zprbnrm(z)));
@@ -245,22 +283,31 @@ int zibeta(double x, double a, double b, double* p, double* d) noexcept {
   return -1;
 }
 
+}  // namespace
+
+int zibeta(double x, double a, double b, double* p, double* d) noexcept {
+  return ibetaXY(x, 1.0 - x, a, b, p, d);
+}
+
 double zprbf(double f, double ndf, double ddf) noexcept {
   if (!(f >= 0.0) || !(ndf > 0.0) || !(ddf > 0.0)) return -4.0;
   if (f == 0.0) return 1.0;
   // P(F > f) = I_v(ddf/2, ndf/2) with v = ddf / (ddf + ndf f).
   const double v = ddf / (f * ndf + ddf);
   if (v == 0.0) return 0.0;
+  const double w = std::isinf(f) ? 1.0 : f * ndf / (f * ndf + ddf);  // 1 - v, without its rounding
   double p = 0.0, d = 0.0;
-  if (zibeta(v, 0.5 * ddf, 0.5 * ndf, &p, &d) != 0) return -2.0;
+  if (ibetaXY(v, w, 0.5 * ddf, 0.5 * ndf, &p, &d) != 0) return -2.0;
   return p;
 }
 
 double zpgt2(double t2, long df) noexcept {
   // P(t^2 > t2) = I_v(df/2, 1/2) with v = df / (df + t2).
   const double n = static_cast<double>(df);
+  const double x = n / (t2 + n);
+  const double y = std::isinf(t2) ? 1.0 : t2 / (t2 + n);  // 1 - x, without its rounding
   double p = 0.0, d = 0.0;
-  if (zibeta(n / (t2 + n), 0.5 * n, 0.5, &p, &d) != 0) return -2.0;
+  if (ibetaXY(x, y, 0.5 * n, 0.5, &p, &d) != 0) return -2.0;
   return p;
 }
 
