@@ -221,6 +221,9 @@ int zintstr(const tchar* specin, int len, INTERVAL* out) noexcept {
       out->units = 0;
       return finishCustom(out, {});
     }
+    // "WEEKDAYW": a weekend mark straight after the name is swallowed by
+    // the run of letters; it is a mark without days, not an unknown name.
+    if (name.ends_with('W') && lookup(name.substr(0, name.size() - 1)) == kIntWeekday) return 102;
     return 103;
   }
   out->intcode = static_cast<char>(code);
