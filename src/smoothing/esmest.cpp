@@ -400,10 +400,11 @@ int esmgrid(WINMODEL* model, const ESMKSET& ks, FITCON& fc, POINT& point) noexce
   for (int g = 0; g < kEsmGridPoints; ++g) {
     for (int i = 0; i < k; ++i) {
       const double v = ks.grid[g][i];
-      if (rescale) {
-        w[i] = esmheld(wb, ks.coord[i]) ? esmbnd(wb, ks.coord[i])[0] : range[i] * v + lo[i];
+      // A held weight starts, and stays, on its lower bound.
+      if (wb.bounds && esmheld(wb, ks.coord[i])) {
+        w[i] = esmbnd(wb, ks.coord[i])[0];
       } else {
-        w[i] = v;
+        w[i] = rescale ? range[i] * v + lo[i] : v;
       }
     }
     if (wb.stability && ks.stb != nullptr && !ks.stb(w)) continue;
