@@ -15,6 +15,30 @@ using enum Severity;
 // Keep the rows sorted by group and number: catalogFind searches by halving.
 constexpr CatalogEntry kCatalog[] = {
     // --- group 129: statement parser ---
+    {129, 1, Error, "{1}: the quoted string that starts here is not terminated.\n{2}"},
+    {129, 2, Error, "{1}: the comment that starts here is not terminated.\n{2}"},
+    {129, 3, Error, "{1}: the character {2} is not valid here.\n{3}"},
+    {129, 4, Error, "{1}: {2} is not a valid date, time or datetime constant. Write '01JAN2020'd, '13:30't or '01JAN2020:13:30:00'dt.\n{3}"},
+    {129, 5, Error, "{1}: {2} is not a valid number.\n{3}"},
+    {129, 6, Error, "{1}: the name {2} is empty or longer than 32 characters.\n{3}"},
+    {129, 10, Error, "{1}: the program holds no statements."},
+    {129, 11, Error, "{1}: {2} is not a statement of this procedure (QVT, ID, FORECAST, IDM, BY); the statement is ignored.\n{3}"},
+    {129, 12, Error, "{1}: the statement {2} stands before the first QVT statement and is ignored.\n{3}"},
+    {129, 20, Error, "{1}: syntax error: found {2}, expected {3}.\n{4}"},
+    {129, 21, Note, "{1}: the statement was repaired by {2}, so that the rest of it can be checked."},
+    {129, 22, Error, "{1}: the {2} statement can't be repaired and is ignored."},
+    {129, 23, Error, "{1}: {2} is not known here; it was read as {3}. Correct the spelling.\n{4}"},
+    {129, 30, Error, "{1}: the value {2} of {3} is out of range: it must lie between {4} and {5}.\n{6}"},
+    {129, 31, Error, "{1}: the value {2} of {3} is out of range: it must be at least {4}.\n{5}"},
+    {129, 32, Warning, "{1}: {2} is given more than once; the last value is used.\n{3}"},
+    {129, 33, Warning, "{1}: a second {2} statement; its options are added to those of the first.\n{3}"},
+    {129, 34, Error, "{1}: {2} is not a valid interval (result {3}).\n{4}"},
+    {129, 40, Error, "{1}: the variable {2} is not in the input data set."},
+    {129, 41, Error, "{1}: {2} and {3} don't form a numbered range: both need the same prefix followed by a number."},
+    {129, 42, Error, "{1}: the range {2} is empty: {3} comes after {4}."},
+    {129, 43, Error, "{1}: the variable {2} is character; a numeric variable is needed here."},
+    {129, 44, Error, "{1}: no variable begins with {2}."},
+    {129, 45, Warning, "{1}: the list element {2} names no variable of the type needed here."},
     // --- group 743: procedure ---
     // --- group 773: LEAD= limit ---
     // --- group 881: run information, intermittent models ---
@@ -32,6 +56,9 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 19, Warning, "The side file {1} is not usable ({2}); its labels, formats and types are ignored and the columns' types are inferred."},
     {900, 20, Note, "The output data set {1} was not written because the step ended with return code {2}; an earlier file of that name is unchanged."},
     {900, 21, Note, "The data set {1} has {2} records and {3} variables."},
+    {900, 22, Error, "The log file {1} cannot be opened for writing: {2}."},
+    {900, 23, Error, "The folder {1} of the library {2} does not exist. Create it or correct --lib."},
+    {900, 24, Error, "The host option {1} is not valid. Write --option NAME=VALUE."},
     {900, 30, Error, "The file {1} is empty. A CSV data set needs a header line with the names of the variables."},
     {900, 31, Error, "{1}, line 1, column {2}: the variable name is empty. Give every column of the header a name."},
     {900, 32, Error, "{1}, line 1, column {2}: the variable name {4} was already used by column {3} (names ignore case). Rename one of them."},
@@ -57,6 +84,10 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 83, Error, "Positioning a temporary spool file failed: {1}."},
     {900, 84, Error, "Closing a temporary spool file failed: {1}."},
     {900, 90, Error, "A host operation failed with result code {1}."},
+    // --- group 901: the command line ---
+    {901, 1, Error, "The program file {1} cannot be read: {2}."},
+    {901, 2, Warning, "The step at line {1} was parsed and checked; running a step is not built yet, so no data was read and no output was written."},
+    {901, 3, Note, "The step at line {1} ended with return code {2}."},
 };
 
 }  // namespace

@@ -20,6 +20,9 @@ enum HostMsg : int {
   kMsgBadMeta = 19,            // (file, reason)
   kMsgDiscarded = 20,          // (data set, rc)
   kMsgWritten = 21,            // (data set, records, variables)
+  kMsgCantLog = 22,            // (file, reason)
+  kMsgNoFolder = 23,           // (folder, lib)
+  kMsgBadOption = 24,          // (text)
   // CSV files
   kMsgCsvEmpty = 30,           // (file)
   kMsgCsvEmptyName = 31,       // (file, column)

@@ -1,0 +1,80 @@
+#include "host/log_sink.hpp"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "host/catalog.hpp"
+
+namespace qvt {
+
+std::string_view severityName(Severity s) noexcept {
+  switch (s) {
+    case Severity::Note: return "NOTE";
+    case Severity::Warning: return "WARNING";
+    case Severity::Error: return "ERROR";
+  }
+  return "ERROR";
+}
+
+Severity logSeverity(int group, int number) noexcept {
+  const CatalogEntry* e = catalogFind(group, number);
+  return e ? e->severity : Severity::Error;
+}
+
+namespace {
+
+std::string messageText(int group, int number, std::span<const MsgArg> args) {
+  if (const CatalogEntry* e = catalogFind(group, number)) return catalogFormat(*e, args);
+  return "Message " + std::to_string(group) + "-" + std::to_string(number) +
+         " is missing from the catalogue (" + std::to_string(args.size()) + " arguments).";
+}
+
+std::string placeText(const SourcePos& at) {
+  std::string s = at.file.empty() ? std::string("<command line>") : at.file;
+  s += ':' + std::to_string(at.line) + ':' + std::to_string(at.col) + ": ";
+  return s;
+}
+
+}  // namespace
+
+std::string logTextLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
+  std::string line(severityName(logSeverity(group, number)));
+  line += ": ";
+  if (at && at->line > 0) line += placeText(*at);
+  line += messageText(group, number, args);
+  // One message, one line: a line break inside an argument would split it.
+  for (char& c : line)
+    if (c == '\n' || c == '\r') c = ' ';
+  return line;
+}
+
+std::string logJsonLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
+  nlohmann::json j;
+  j["group"] = group;
+  j["number"] = number;
+  j["severity"] = severityName(logSeverity(group, number));
+  nlohmann::json a = nlohmann::json::array();
+  for (const MsgArg& v : args) {
+    std::visit(
+        [&](const auto& x) {
+          using T = std::decay_t<decltype(x)>;
+          if constexpr (std::is_same_v<T, double>) {
+            if (std::isfinite(x)) a.push_back(x); else a.push_back(nullptr);  // missing values
+          } else {
+            a.push_back(x);
+          }
+        },
+        v);
+  }
+  j["args"] = std::move(a);
+  j["text"] = messageText(group, number, args);
+  if (at && at->line > 0) {
+    j["file"] = at->file;
+    j["line"] = at->line;
+    j["col"] = at->col;
+  }
+  // Invalid UTF-8 in an argument (a bad file name) is replaced, never thrown.
+  return j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+}  // namespace qvt

@@ -1,0 +1,30 @@
+// The log: one message a line, as text ("WARNING: ...") or as one JSON object
+// a line for tests and scripts that assert on message numbers.
+#pragma once
+
+#include <ostream>
+#include <span>
+#include <string>
+
+#include "host/host.hpp"
+
+namespace qvt {
+
+enum class LogFormat : std::uint8_t { Text, Jsonl };
+
+// "NOTE", "WARNING" or "ERROR".
+std::string_view severityName(Severity s) noexcept;
+
+// The text line of a message, without the line end. A message that the
+// catalogue lacks is logged as an ERROR that names its group and number, so
+// that a missing row never hides a message.
+std::string logTextLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at);
+
+// The JSON line: {"group":..,"number":..,"severity":..,"args":[..],"text":..}
+// plus "file", "line", "col" when the message has a place in the program.
+std::string logJsonLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at);
+
+// Severity a message is logged with (ERROR for one missing from the catalogue).
+Severity logSeverity(int group, int number) noexcept;
+
+}  // namespace qvt

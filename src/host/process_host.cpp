@@ -1,0 +1,595 @@
+#include "host/process_host.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+
+#include "host/csv_engine.hpp"
+#include "host/dsname.hpp"
+#include "host/host_msgs.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+
+namespace fs = std::filesystem;
+
+ProcessHost::ProcessHost(HostConfig cfg)
+    : cfg_(std::move(cfg)),
+      log_(cfg_.logStream ? cfg_.logStream : &std::cerr),
+      pools_(cfg_.memsize ? cfg_.memsize : machineAvailableMemory()) {
+  auto csv = std::make_unique<CsvEngine>();
+  csv->bufferBytes = cfg_.csvBufferBytes;
+  engines_["csv"] = std::move(csv);
+  libs_["WORK"] = Library{"WORK", "csv", "."};
+}
+
+ProcessHost::~ProcessHost() = default;  // outputs not committed are discarded by their writers
+
+int ProcessHost::init() {
+  int rc = 0;
+  if (!cfg_.logFile.empty()) {
+    logFile_.open(cfg_.logFile, std::ios::out | std::ios::trunc);
+    if (logFile_) {
+      log_ = &logFile_;
+    } else {
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantLog, {cfg_.logFile, std::string(std::strerror(errno))});
+      rc = kHostBadArgument;
+    }
+  }
+  for (const std::string& spec : cfg_.libs) {
+    const auto eq = spec.find('=');
+    const std::string name = eq == std::string::npos ? std::string() : spec.substr(0, eq);
+    const std::string value = eq == std::string::npos ? std::string() : spec.substr(eq + 1);
+    if (!isPlainName(name, kLibNameLen) || value.empty()) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgBadLibSpec, {spec});
+      rc = kHostBadArgument;
+      continue;
+    }
+    Library lib{upperAscii(name), "csv", value};
+    if (value.rfind("sqlite:", 0) == 0) {
+      lib.kind = "sqlite";
+      lib.where = value.substr(7);
+    } else {
+      std::error_code ec;
+      if (!fs::is_directory(value, ec)) {
+        hostMsgLog(*this, kMsgGroupHost, kMsgNoFolder, {value, lib.name});
+        rc = kHostBadArgument;
+        continue;
+      }
+    }
+    libs_[lib.name] = lib;
+  }
+  for (const std::string& spec : cfg_.options) {
+    const auto eq = spec.find('=');
+    if (eq == std::string::npos || eq == 0) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgBadOption, {spec});
+      rc = kHostBadArgument;
+      continue;
+    }
+    options_[upperAscii(spec.substr(0, eq))] = spec.substr(eq + 1);
+  }
+  return rc;
+}
+
+int ProcessHost::exitStatus(int worstRc) const noexcept {
+  if (worstRc > 4) return 2;
+  if (cfg_.strict && messages(Severity::Warning) > 0) return 1;
+  return 0;
+}
+
+// --- messages ---------------------------------------------------------------
+
+void ProcessHost::msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
+  ++counts_[static_cast<int>(logSeverity(group, number))];
+  *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at)
+                                               : logTextLine(group, number, args, at))
+        << '\n';
+  log_->flush();  // a killed run keeps every line it logged
+}
+
+void ProcessHost::logDiag(const DsDiag& d) {
+  if (d.number != 0) msgLog(kMsgGroupHost, d.number, d.args);
+}
+
+void ProcessHost::msgRaw(int result) {
+  if (result != 0 && result == lastFailure_ && lastFailureDiag_.number != 0) {
+    logDiag(lastFailureDiag_);
+  } else {
+    hostMsgLog(*this, kMsgGroupHost, kMsgHostCallFailed, {static_cast<long long>(result)});
+  }
+  lastFailure_ = 0;
+  lastFailureDiag_ = DsDiag{};
+}
+
+std::optional<std::string> ProcessHost::optionGet(std::string_view name) const {
+  const auto it = options_.find(upperAscii(name));
+  if (it == options_.end()) return std::nullopt;
+  return it->second;
+}
+
+// --- data sets --------------------------------------------------------------
+
+ProcessHost::OpenDs* ProcessHost::find(DsHandle ds, DsMode mode) {
+  const auto it = ds_.find(ds.id);
+  if (it == ds_.end() || it->second->mode != mode) return nullptr;
+  if (mode == DsMode::Output && it->second->closed) return nullptr;
+  return it->second.get();
+}
+
+const ProcessHost::OpenDs* ProcessHost::find(DsHandle ds) const {
+  const auto it = ds_.find(ds.id);
+  return it == ds_.end() ? nullptr : it->second.get();
+}
+
+int ProcessHost::resolve(std::string_view text, DsMode mode, DsLocation* loc, DsEngine** engine) {
+  DsName name;
+  if (hostNameSplit(text, &name) != 0) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgBadDsName, {std::string(text)});
+    return kHostBadArgument;
+  }
+  if (name.quoted) {
+    *engine = engines_.at("csv").get();
+    loc->lib.clear();
+    loc->path = name.path;
+    loc->member = fs::path(name.path).stem().string();
+    loc->display = name.path;
+  } else {
+    const std::string libName = name.lib.empty() ? std::string("WORK") : name.lib;
+    const auto lib = libs_.find(libName);
+    if (lib == libs_.end()) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgNoLibrary, {libName, libName + "." + name.member});
+      return kHostNotFound;
+    }
+    const auto eng = engines_.find(lib->second.kind);
+    if (eng == engines_.end()) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgLibraryKind, {libName, lib->second.kind});
+      return kHostUnsupported;
+    }
+    *engine = eng->second.get();
+    *loc = eng->second->locate(libName, lib->second.where, name.member);
+  }
+  if (mode == DsMode::Input && !(*engine)->exists(*loc)) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgNoDataSet, {loc->display, loc->path});
+    return kHostNotFound;
+  }
+  return 0;
+}
+
+int ProcessHost::dsOpen(std::string_view name, DsMode mode, DsHandle* out) {
+  if (out) *out = DsHandle{};
+  std::string text(name);
+  if (mode == DsMode::Input) {
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string::npos || equalsNoCase(text.substr(first), "_LAST_")) {
+      if (!lastOutput_) return kHostNoInput;  // the engine reports "no input" its own way
+      text = *lastOutput_;
+    }
+  }
+  auto ds = std::make_unique<OpenDs>();
+  ds->mode = mode;
+  if (const int r = resolve(text, mode, &ds->loc, &ds->engine); r != 0) return r;
+  DsDiag d;
+  if (mode == DsMode::Input) {
+    std::vector<DsDiag> notes;
+    ds->reader = ds->engine->openRead(ds->loc, d, notes);
+    for (const DsDiag& n : notes) logDiag(n);
+    if (!ds->reader) {
+      logDiag(d);
+      return kHostDataError;
+    }
+    ds->vars = ds->reader->vars();
+    ds->label = ds->reader->label();
+    ds->cursor = std::make_unique<ByCursor>(*ds->reader, ds->loc.display);
+  } else {
+    ds->writer = ds->engine->openWrite(ds->loc, d);
+    if (!ds->writer) {
+      logDiag(d);
+      return kHostIoError;
+    }
+  }
+  const int id = nextDs_++;
+  ds_[id] = std::move(ds);
+  if (out) *out = DsHandle{id};
+  return 0;
+}
+
+int ProcessHost::dsClose(DsHandle h) {
+  const auto it = ds_.find(h.id);
+  if (it == ds_.end()) return kHostBadHandle;
+  if (it->second->mode == DsMode::Input) {
+    ds_.erase(it);
+  } else {
+    it->second->closed = true;  // committed or discarded when the step ends
+  }
+  return 0;
+}
+
+std::span<const VarInfo> ProcessHost::dsVars(DsHandle h) const {
+  const OpenDs* ds = find(h);
+  return ds ? std::span<const VarInfo>(ds->vars) : std::span<const VarInfo>();
+}
+
+int ProcessHost::varFind(DsHandle h, std::string_view name) const {
+  const OpenDs* ds = find(h);
+  if (!ds) return 0;
+  for (std::size_t i = 0; i < ds->vars.size(); ++i)
+    if (equalsNoCase(ds->vars[i].name, name)) return static_cast<int>(i + 1);
+  return 0;
+}
+
+int ProcessHost::dsInfo(DsHandle h, DsFacts* out) const {
+  const OpenDs* ds = find(h);
+  if (!ds || !out) return kHostBadHandle;
+  DsFacts f;
+  f.nobs = ds->reader ? ds->reader->nobs() : (ds->writer ? ds->writer->records() : -1);
+  f.lib = ds->loc.lib;
+  f.member = ds->loc.member;
+  f.label = ds->label;
+  f.display = ds->loc.display;
+  f.readable = ds->mode == DsMode::Input;
+  f.rid2n = false;  // records are numbered 1, 2, 3 ... as they are read
+  *out = std::move(f);
+  return 0;
+}
+
+int ProcessHost::dsSetLabel(DsHandle h, std::string_view label) {
+  OpenDs* ds = find(h, DsMode::Output);
+  if (!ds) return kHostBadHandle;
+  ds->label = std::string(label);
+  return 0;
+}
+
+int ProcessHost::varGetD(DsHandle h, int varno, double* cell) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds || !cell) return kHostBadHandle;
+  if (varno < 1 || static_cast<std::size_t>(varno) > ds->vars.size()) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgNoVariable, {static_cast<long long>(varno), ds->loc.display});
+    return kHostNotFound;
+  }
+  const auto i = static_cast<std::size_t>(varno - 1);
+  if (ds->vars[i].type != VarType::Numeric) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgCellType, {ds->vars[i].name, ds->loc.display, std::string("character")});
+    return kHostBadArgument;
+  }
+  ds->binds.push_back({i, cell, nullptr});
+  return 0;
+}
+
+int ProcessHost::varGetT(DsHandle h, int varno, std::string* cell) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds || !cell) return kHostBadHandle;
+  if (varno < 1 || static_cast<std::size_t>(varno) > ds->vars.size()) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgNoVariable, {static_cast<long long>(varno), ds->loc.display});
+    return kHostNotFound;
+  }
+  const auto i = static_cast<std::size_t>(varno - 1);
+  if (ds->vars[i].type != VarType::Character) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgCellType, {ds->vars[i].name, ds->loc.display, std::string("numeric")});
+    return kHostBadArgument;
+  }
+  ds->binds.push_back({i, nullptr, cell});
+  return 0;
+}
+
+int ProcessHost::bySet(DsHandle h, std::span<const ByVar> vars, bool notsorted) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds) return kHostBadHandle;
+  DsDiag d;
+  const int r = ds->cursor->setBy(vars, notsorted, d);
+  if (r != 0) logDiag(d);
+  return r;
+}
+
+int ProcessHost::byNext(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds) return kHostBadHandle;
+  ds->inRecord = false;
+  DsDiag d;
+  const int r = ds->cursor->nextGroup(d);
+  if (r < 0) logDiag(d);
+  return r;
+}
+
+int ProcessHost::byGet(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds) return kHostBadHandle;
+  DsDiag d;
+  const int r = ds->cursor->nextRecord(d);
+  ds->inRecord = r == 1;
+  if (r < 0) logDiag(d);
+  return r;
+}
+
+int ProcessHost::rowGet(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Input);
+  if (!ds) return kHostBadHandle;
+  if (!ds->inRecord) return kHostWrongState;
+  const DsRow& row = ds->cursor->current();
+  for (const Binding& b : ds->binds) {
+    if (b.num) *b.num = row.num[b.var];
+    else *b.str = row.text[b.var];
+  }
+  return 0;
+}
+
+long long ProcessHost::dsNote(DsHandle h) const {
+  const OpenDs* ds = find(h);
+  return ds && ds->cursor ? ds->cursor->currentObs() : 0;
+}
+
+int ProcessHost::addColumn(DsHandle h, const VarInfo& info, const OutCol& col) {
+  OpenDs* ds = find(h, DsMode::Output);
+  if (!ds) return kHostBadHandle;
+  if (ds->defined) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgLateVariable, {ds->loc.display});
+    return kHostWrongState;
+  }
+  for (const VarInfo& v : ds->vars) {
+    if (equalsNoCase(v.name, info.name)) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgDupVariable, {info.name, ds->loc.display});
+      return kHostBadArgument;
+    }
+  }
+  ds->vars.push_back(info);
+  ds->cols.push_back(col);
+  return 0;
+}
+
+int ProcessHost::varPutD(DsHandle h, const VarInfo& info, const double* cell) {
+  if (!cell) return kHostBadArgument;
+  VarInfo v = info;
+  v.type = VarType::Numeric;
+  v.length = 8;
+  OutCol c;
+  c.src = OutCol::Src::Num;
+  c.num = cell;
+  return addColumn(h, v, c);
+}
+
+int ProcessHost::varPutT(DsHandle h, const VarInfo& info, const std::string* cell) {
+  if (!cell) return kHostBadArgument;
+  VarInfo v = info;
+  v.type = VarType::Character;
+  OutCol c;
+  c.src = OutCol::Src::Str;
+  c.str = cell;
+  return addColumn(h, v, c);
+}
+
+int ProcessHost::varPutTc(DsHandle h, const VarInfo& info, const std::int16_t* len, const tchar* text) {
+  if (!len || !text) return kHostBadArgument;
+  VarInfo v = info;
+  v.type = VarType::Character;
+  OutCol c;
+  c.src = OutCol::Src::Tc;
+  c.len = len;
+  c.text = text;
+  return addColumn(h, v, c);
+}
+
+int ProcessHost::varPutCv(DsHandle h, DsHandle source, std::span<const int> varnos) {
+  const OpenDs* src = find(source);
+  if (!src || src->mode != DsMode::Input) return kHostBadHandle;
+  for (const int varno : varnos) {
+    if (varno < 1 || static_cast<std::size_t>(varno) > src->vars.size()) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgNoVariable, {static_cast<long long>(varno), src->loc.display});
+      return kHostNotFound;
+    }
+    OutCol c;
+    c.src = OutCol::Src::Copy;
+    c.copyDs = source.id;
+    c.copyVar = static_cast<std::size_t>(varno - 1);
+    if (const int r = addColumn(h, src->vars[c.copyVar], c); r != 0) return r;
+  }
+  return 0;
+}
+
+int ProcessHost::varPutE(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Output);
+  if (!ds) return kHostBadHandle;
+  if (ds->defined) return 0;
+  ds->defined = true;
+  ds->row.resize(ds->vars.size());
+  DsDiag d;
+  if (ds->writer->begin(ds->vars, d) != 0) {
+    ds->failed = true;
+    logDiag(d);
+    return kHostIoError;
+  }
+  return 0;
+}
+
+int ProcessHost::rowPut(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Output);
+  if (!ds) return kHostBadHandle;
+  if (!ds->defined) return kHostWrongState;
+  for (std::size_t i = 0; i < ds->cols.size(); ++i) {
+    const OutCol& c = ds->cols[i];
+    switch (c.src) {
+      case OutCol::Src::Num: ds->row.num[i] = *c.num; break;
+      case OutCol::Src::Str: ds->row.text[i] = *c.str; break;
+      case OutCol::Src::Tc:
+        ds->row.text[i].assign(c.text, static_cast<std::size_t>(std::max<std::int16_t>(*c.len, 0)));
+        break;
+      case OutCol::Src::Copy: {
+        const OpenDs* src = find(DsHandle{c.copyDs});
+        if (!src || !src->cursor) {  // the source was closed: its values are gone
+          ds->row.num[i] = kMissing;
+          ds->row.text[i].clear();
+          break;
+        }
+        const DsRow& r = src->cursor->isByVar(c.copyVar) ? src->cursor->key() : src->cursor->current();
+        ds->row.num[i] = r.num[c.copyVar];
+        ds->row.text[i] = r.text[c.copyVar];
+        break;
+      }
+    }
+  }
+  ds->rowTaken = true;
+  return 0;
+}
+
+int ProcessHost::dsAdd(DsHandle h) {
+  OpenDs* ds = find(h, DsMode::Output);
+  if (!ds) return kHostBadHandle;
+  if (!ds->rowTaken || ds->failed) return kHostWrongState;
+  ds->rowTaken = false;
+  DsDiag d;
+  if (ds->writer->append(ds->row, d) != 0) {
+    ds->failed = true;
+    logDiag(d);
+    lastFailure_ = kHostIoError;
+    return kHostIoError;
+  }
+  return 0;
+}
+
+// --- memory -----------------------------------------------------------------
+
+PoolHandle ProcessHost::poolCreate(std::size_t, std::size_t, int) {
+  // Blocks are taken from the system one by one under the budget, so the
+  // initial and block sizes (hints for an arena) change nothing here.
+  return PoolHandle{pools_.create()};
+}
+
+void* ProcessHost::poolAlloc(PoolHandle pool, std::size_t bytes) {
+  Pool* p = pools_.find(pool.id);
+  if (!p) {
+    pools_.budget().addDeficit(bytes);
+    return nullptr;
+  }
+  return p->alloc(bytes);
+}
+
+void ProcessHost::poolFree(PoolHandle pool, void* block, long long) {
+  if (Pool* p = pools_.find(pool.id)) p->free(block);
+}
+
+void* ProcessHost::realloc(PoolHandle pool, void* block, std::size_t, std::size_t newBytes, int) {
+  Pool* p = pools_.find(pool.id);
+  if (!p) {
+    pools_.budget().addDeficit(newBytes);
+    return nullptr;
+  }
+  return p->realloc(block, newBytes);
+}
+
+std::size_t ProcessHost::poolSize() const { return pools_.budget().left(); }
+
+long long ProcessHost::memDefault() { return pools_.budget().takeDeficit(); }
+
+void ProcessHost::memMessage(long long bytes) {
+  hostMsgLog(*this, kMsgGroupHost, kMsgOutOfMemory,
+             {bytes, static_cast<long long>(pools_.budget().limit())});
+}
+
+// --- spools -----------------------------------------------------------------
+
+int ProcessHost::spoolFailure(int msg, const std::string& why) {
+  lastFailure_ = kHostSpoolFailed;
+  lastFailureDiag_ = DsDiag{msg, {why}};
+  return kHostSpoolFailed;
+}
+
+int ProcessHost::spoolOpen(SpoolHandle* out) {
+  if (out) *out = SpoolHandle{};
+  std::string dir = cfg_.tmpDir;
+  if (dir.empty()) {
+    const char* env = std::getenv("TMPDIR");
+    dir = env && *env ? env : "/tmp";
+  }
+  auto sp = std::make_unique<SpoolFile>();
+  if (sp->open(dir) != 0) {
+    // The engine ends the step without a word of its own: say why here.
+    hostMsgLog(*this, kMsgGroupHost, kMsgSpoolCreate, {dir, sp->error()});
+    return kHostSpoolFailed;
+  }
+  const int id = nextSpool_++;
+  spools_[id] = std::move(sp);
+  if (out) *out = SpoolHandle{id};
+  return 0;
+}
+
+int ProcessHost::spoolWrite(SpoolHandle h, const void* data, std::size_t bytes) {
+  const auto it = spools_.find(h.id);
+  if (it == spools_.end()) return kHostBadHandle;
+  ++spoolWrites_;
+  if (cfg_.failSpoolWriteAt > 0 && spoolWrites_ == cfg_.failSpoolWriteAt)
+    return spoolFailure(kMsgSpoolWrite, "write number " + std::to_string(spoolWrites_) + " was made to fail");
+  if (it->second->write(data, bytes) != 0) return spoolFailure(kMsgSpoolWrite, it->second->error());
+  return 0;
+}
+
+int ProcessHost::spoolRead(SpoolHandle h, void* data, std::size_t bytes) {
+  const auto it = spools_.find(h.id);
+  if (it == spools_.end()) return kHostBadHandle;
+  const int r = it->second->read(data, bytes);
+  if (r == 1) {
+    lastFailure_ = kHostEof;
+    lastFailureDiag_ = DsDiag{kMsgSpoolRead, {std::string("the end of the file came first")}};
+    return kHostEof;
+  }
+  if (r != 0) return spoolFailure(kMsgSpoolRead, it->second->error());
+  return 0;
+}
+
+int ProcessHost::spoolPoint(SpoolHandle h, long long pos) {
+  const auto it = spools_.find(h.id);
+  if (it == spools_.end()) return kHostBadHandle;
+  if (it->second->point(pos) != 0) return spoolFailure(kMsgSpoolPoint, it->second->error());
+  return 0;
+}
+
+int ProcessHost::spoolClose(SpoolHandle h, int) {
+  const auto it = spools_.find(h.id);
+  if (it == spools_.end()) return kHostBadHandle;
+  const int r = it->second->close();
+  const std::string why = it->second->error();
+  spools_.erase(it);
+  if (r != 0) return spoolFailure(kMsgSpoolClose, why);
+  return 0;
+}
+
+// --- the end of a step ------------------------------------------------------
+
+void ProcessHost::stepEnd(int rc) {
+  for (auto& [id, ds] : ds_) {
+    if (ds->mode != DsMode::Output) continue;
+    const bool keep = rc < 1000 && !ds->failed;
+    DsDiag d;
+    if (keep && !ds->defined && ds->writer->begin(ds->vars, d) != 0) {
+      logDiag(d);
+      ds->failed = true;
+    }
+    if (!keep || ds->failed) {
+      ds->writer->discard();
+      hostMsgLog(*this, kMsgGroupHost, kMsgDiscarded, {ds->loc.display, static_cast<long long>(rc)});
+      continue;
+    }
+    if (ds->writer->commit(ds->label, d) != 0) {
+      logDiag(d);
+      continue;
+    }
+    hostMsgLog(*this, kMsgGroupHost, kMsgWritten,
+               {ds->loc.display, ds->writer->records(), static_cast<long long>(ds->vars.size())});
+    if (ds->loc.lib.empty()) {
+      std::string quoted = "'";
+      for (const char c : ds->loc.path) {
+        if (c == '\'') quoted += '\'';
+        quoted += c;
+      }
+      lastOutput_ = quoted + "'";
+    } else {
+      lastOutput_ = ds->loc.lib + "." + ds->loc.member;
+    }
+  }
+  ds_.clear();
+  spools_.clear();
+  pools_.releaseAll();
+  lastFailure_ = 0;
+  lastFailureDiag_ = DsDiag{};
+}
+
+}  // namespace qvt

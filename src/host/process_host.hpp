@@ -1,0 +1,176 @@
+// The host of a process: the command line, end-to-end tests and the test
+// programs run the engine inside one of these.
+//
+// Libraries are folders of CSV files (`--lib NAME=DIR`); WORK, the default
+// library, is the current folder unless `--lib work=DIR` moves it. The log
+// goes to a stream (standard error by default) or a file, as text lines
+// ("WARNING: ...") or JSON lines. Everything lives in the object: pools,
+// spools, open data sets, outputs waiting for the end of their step.
+#pragma once
+
+#include <fstream>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/by_cursor.hpp"
+#include "host/dsengine.hpp"
+#include "host/host.hpp"
+#include "host/log_sink.hpp"
+#include "host/pool.hpp"
+#include "host/spool.hpp"
+
+namespace qvt {
+
+struct HostConfig {
+  // "NAME=DIR", or "NAME=sqlite:FILE", as given on the command line.
+  std::vector<std::string> libs;
+  // "NAME=VALUE", as given by --option.
+  std::vector<std::string> options;
+  LogFormat logFormat = LogFormat::Text;
+  // The log file (--log); empty: logStream.
+  std::string logFile;
+  // Where the log goes without a log file; null: standard error.
+  std::ostream* logStream = nullptr;
+  // Memory budget in bytes (--memsize); 0: the machine's available memory.
+  std::size_t memsize = 0;
+  // A warning makes the exit status 1 (--strict).
+  bool strict = false;
+  // Folder of spool files; empty: $TMPDIR, else /tmp.
+  std::string tmpDir;
+  // Test hook: the n-th spool write of the host (1-based) fails; 0 never.
+  long long failSpoolWriteAt = 0;
+  // Read buffer of CSV files in bytes; tests make it tiny.
+  std::size_t csvBufferBytes = std::size_t{1} << 20;
+};
+
+class ProcessHost : public Host {
+ public:
+  explicit ProcessHost(HostConfig cfg);
+  ~ProcessHost() override;
+
+  // Checks the configuration (library assignments, options, the log file);
+  // each problem is logged. 0, or kHostBadArgument.
+  int init();
+
+  // Counts of the messages logged so far, by severity.
+  long long messages(Severity s) const noexcept { return counts_[static_cast<int>(s)]; }
+  // Exit status of the process for the largest step return code: 2 above 4,
+  // else 1 when --strict and a warning was logged, else 0.
+  int exitStatus(int worstRc) const noexcept;
+  // The data set that an input without DATA= reads: the last output that an
+  // earlier step put in place.
+  const std::optional<std::string>& lastOutput() const noexcept { return lastOutput_; }
+  void setSpoolWriteFailure(long long n) noexcept { cfg_.failSpoolWriteAt = n; }
+
+  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at = nullptr) override;
+  std::optional<std::string> optionGet(std::string_view name) const override;
+  void msgRaw(int result) override;
+
+  int dsOpen(std::string_view name, DsMode mode, DsHandle* out) override;
+  int dsClose(DsHandle ds) override;
+  std::span<const VarInfo> dsVars(DsHandle ds) const override;
+  int varFind(DsHandle ds, std::string_view name) const override;
+  int dsInfo(DsHandle ds, DsFacts* out) const override;
+  int dsSetLabel(DsHandle ds, std::string_view label) override;
+  int varGetD(DsHandle ds, int varno, double* cell) override;
+  int varGetT(DsHandle ds, int varno, std::string* cell) override;
+  int bySet(DsHandle ds, std::span<const ByVar> vars, bool notsorted) override;
+  int byNext(DsHandle ds) override;
+  int byGet(DsHandle ds) override;
+  int rowGet(DsHandle ds) override;
+  long long dsNote(DsHandle ds) const override;
+  int varPutD(DsHandle ds, const VarInfo& info, const double* cell) override;
+  int varPutT(DsHandle ds, const VarInfo& info, const std::string* cell) override;
+  int varPutTc(DsHandle ds, const VarInfo& info, const std::int16_t* len, const tchar* text) override;
+  int varPutCv(DsHandle ds, DsHandle source, std::span<const int> varnos) override;
+  int varPutE(DsHandle ds) override;
+  int rowPut(DsHandle ds) override;
+  int dsAdd(DsHandle ds) override;
+
+  PoolHandle poolCreate(std::size_t initial, std::size_t block, int flags) override;
+  void* poolAlloc(PoolHandle pool, std::size_t bytes) override;
+  void poolFree(PoolHandle pool, void* block, long long bytes) override;
+  void* realloc(PoolHandle pool, void* block, std::size_t oldBytes, std::size_t newBytes, int flags) override;
+  std::size_t poolSize() const override;
+  long long memDefault() override;
+  void memMessage(long long bytes) override;
+
+  int spoolOpen(SpoolHandle* out) override;
+  int spoolWrite(SpoolHandle sp, const void* data, std::size_t bytes) override;
+  int spoolRead(SpoolHandle sp, void* data, std::size_t bytes) override;
+  int spoolPoint(SpoolHandle sp, long long pos) override;
+  int spoolClose(SpoolHandle sp, int mode) override;
+
+  void stepEnd(int rc) override;
+
+ private:
+  struct Library {
+    std::string name;  // upper case
+    std::string kind;  // "csv" or "sqlite"
+    std::string where;
+  };
+  struct OutCol {
+    enum class Src : std::uint8_t { Num, Str, Tc, Copy } src = Src::Num;
+    const double* num = nullptr;
+    const std::string* str = nullptr;
+    const std::int16_t* len = nullptr;
+    const tchar* text = nullptr;
+    int copyDs = 0;          // Copy: the source data set
+    std::size_t copyVar = 0;  // Copy: 0-based variable of the source
+  };
+  struct Binding {
+    std::size_t var;
+    double* num;
+    std::string* str;
+  };
+  struct OpenDs {
+    DsMode mode = DsMode::Input;
+    DsLocation loc;
+    DsEngine* engine = nullptr;
+    std::vector<VarInfo> vars;
+    std::string label;
+    // input
+    std::unique_ptr<DsReader> reader;
+    std::unique_ptr<ByCursor> cursor;
+    std::vector<Binding> binds;
+    bool inRecord = false;
+    // output
+    std::unique_ptr<DsWriter> writer;
+    std::vector<OutCol> cols;
+    DsRow row;
+    bool defined = false;
+    bool rowTaken = false;
+    bool closed = false;
+    bool failed = false;
+  };
+
+  void logDiag(const DsDiag& d);
+  OpenDs* find(DsHandle ds, DsMode mode);
+  const OpenDs* find(DsHandle ds) const;
+  int resolve(std::string_view name, DsMode mode, DsLocation* loc, DsEngine** engine);
+  int addColumn(DsHandle ds, const VarInfo& info, const OutCol& col);
+  int spoolFailure(int msg, const std::string& why);
+
+  HostConfig cfg_;
+  std::ofstream logFile_;
+  std::ostream* log_;
+  long long counts_[3] = {0, 0, 0};
+  std::map<std::string, Library> libs_;
+  std::map<std::string, std::string> options_;  // upper-case name -> value
+  std::map<std::string, std::unique_ptr<DsEngine>> engines_;  // by library kind
+  std::map<int, std::unique_ptr<OpenDs>> ds_;
+  int nextDs_ = 1;
+  PoolSet pools_;
+  std::map<int, std::unique_ptr<SpoolFile>> spools_;
+  int nextSpool_ = 1;
+  long long spoolWrites_ = 0;
+  int lastFailure_ = 0;          // result code of the last failed spool or record call
+  DsDiag lastFailureDiag_;       // and its explanation, for msgRaw
+  std::optional<std::string> lastOutput_;
+};
+
+}  // namespace qvt
