@@ -144,6 +144,8 @@ int esmint(const double* y, long nobs, const INTERVAL* intv, double stdate, int 
   m->pest.method = method;
   m->pest.nparms = set->k;
   m->pest.mse = kMissing;
+  m->startvals.level = kMissing;  // no estimator pass has left a state yet
+  m->startvals.trend = kMissing;
   m->ts.x = y;
   m->ts.nobs = nobs;
   m->ts.nseasons = ns;
@@ -242,7 +244,9 @@ int esmprd(WINMODEL* esm, const double* x, long n, double stdate, int /*scode53*
   // the last backward pass of the estimator left; any other backcasts anew.
   int startflg = 0;
   const double fitstart = esm->fitrange.stdate;
-  if (!wzmis(stdate) && !wzmis(fitstart) && stdate == fitstart) {
+  // Before any estimation startvals holds no state (its level is missing),
+  // and the series backcasts from svi like any other.
+  if (!wzmis(stdate) && !wzmis(fitstart) && stdate == fitstart && !wzmis(esm->startvals.level)) {
     startflg = 1;
     copyState(esm->startvals, state);
   } else {

@@ -332,6 +332,40 @@ TEST(EsmEstimate, FlaggedObservationsStillGiveUsableWeights) {
   EXPECT_LE(crit(w), crit(w - 0.05) * (1 + 1e-9));
 }
 
+TEST(EsmEstimate, EveryFourthValueFlaggedStopsWith90) {
+  // Every fourth value flagged: the derivatives carried across them are not
+  // those of the criterion, the offset stays above 0.0001 and the step size
+  // runs out. The result is 90 with the weights of the last accepted point,
+  // which is never worse than where the grid started.
+  for (unsigned seed : {1u, 4u}) {
+    std::mt19937_64 gen(seed);
+    std::normal_distribution<double> nd;
+    std::vector<double> y(60);
+    double l = 100;
+    for (auto& v : y) {
+      const double e = nd(gen);
+      v = l + e;
+      l += 0.4 * e;
+    }
+    for (std::size_t t = 3; t < y.size(); t += 4) y[t] = kMissing;
+    Model mod(y);
+    ASSERT_EQ(mod.rc, 0);
+    std::vector<double> gridrow;
+    int handle = 0;
+    mod.m->outest.xoparm.fileid = &handle;
+    mod.m->outest.strptr = &gridrow;
+    const int rc = esmfit(mod.m);
+    if (seed == 1) {
+      EXPECT_EQ(rc, 90);
+    }
+    ASSERT_TRUE(rc == 0 || rc == 90);
+    ASSERT_EQ(gridrow.size(), 2u);
+    const double n = 45;  // usable values
+    EXPECT_LE(mod.m->pest.mse * (n - 1) / n, gridrow[1] * (1 + 1e-12)) << seed;
+    EXPECT_FALSE(wzmis(mod.m->pest.stderr_[0]));
+  }
+}
+
 TEST(EsmOffset, Table) {
   struct Case {
     double sse, res, xscale, r;
