@@ -1,0 +1,195 @@
+// The guarded power and the selection of order statistics.
+#include "stats/numeric.hpp"
+
+#include "run/missing.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace qvt {
+namespace {
+
+TEST(Power, EdgeConventions) {
+  const double miss = kMissing;
+  struct Case { double x, y, want; int rc; };
+  const Case cases[] = {
+      {0.0, 0.0, miss, 3},     {0.0, -1.0, miss, 3},  {0.0, 2.5, 0.0, 0},     {-8.0, 1.0 / 3.0, miss, 2},
+      {-1.0, 3.0, -1.0, 0},    {-1.0, 4.0, 1.0, 0},   {-1.0, 1e17, miss, 2},  {-2.0, 0.5, miss, 2},
+      {1.0, 1e300, 1.0, 0},    {1.0, -7.5, 1.0, 0},   {5.0, 0.0, 1.0, 0},     {-5.0, 0.0, 1.0, 0},
+      {3.7, 1.0, 3.7, 0},      {-3.7, 1.0, -3.7, 0},  {2.0, 1e155, miss, 1},  {0.5, 1e155, 0.0, 0},
+      {2.0, -1e155, 0.0, 0},   {0.5, -1e155, miss, 1}, {10.0, 400.0, miss, 1}, {10.0, -400.0, 0.0, 0},
+      {1e300, 2.0, miss, 1},   {1e-300, 3.0, 0.0, 0}, {-2.0, 3.0, -8.0, 0},   {-2.0, -2.0, 0.25, 0},
+      {2.0, 10.0, 1024.0, 0},  {2.0, -10.0, 1.0 / 1024.0, 0}, {9.0, 0.5, 3.0, 0}, {HUGE_VAL, 2.0, miss, 1},
+      {miss, 2.0, miss, 2},    {2.0, miss, miss, 2},
+  };
+  for (const Case& c : cases) {
+    int rc = -7;
+    const double got = zpower(c.x, c.y, &rc);
+    EXPECT_EQ(rc, c.rc) << c.x << "^" << c.y;
+    if (wzmis(c.want)) {
+      EXPECT_EQ(wzmis(got), 1) << c.x << "^" << c.y;
+    } else {
+      EXPECT_EQ(got, c.want) << c.x << "^" << c.y;
+    }
+  }
+}
+
+TEST(Power, AgreesWithLongDoublePow) {
+  struct Case { double x, y; };
+  const Case cases[] = {{1.5, 37.0}, {0.9, -250.0}, {-1.1, 101.0}, {3.3, 2.7}, {1e-5, 0.3}, {7.0, -13.0},
+                        {1.0000001, 1e8}, {2.0, 1023.0}, {0.7, 1000.5}};
+  for (const Case& c : cases) {
+    int rc = -7;
+    const double got = zpower(c.x, c.y, &rc);
+    ASSERT_EQ(rc, 0) << c.x << "^" << c.y;
+    long double want = std::pow(std::fabs(static_cast<long double>(c.x)), static_cast<long double>(c.y));
+    if (c.x < 0 && std::fmod(std::fabs(c.y), 2.0) == 1.0) want = -want;
+    EXPECT_LE(std::fabs(got - want), 1e-13L * std::fabs(want)) << c.x << "^" << c.y;
+  }
+}
+
+TEST(Power, OverflowBoundary) {
+  // 2^1023 is the largest power of two; 2^1024 overflows.
+  int rc = -7;
+  EXPECT_EQ(zpower(2.0, 1023.0, &rc), std::ldexp(1.0, 1023));
+  EXPECT_EQ(rc, 0);
+  EXPECT_EQ(wzmis(zpower(2.0, 1024.0, &rc)), 1);
+  EXPECT_EQ(rc, 1);
+  // Underflow goes quietly to 0.
+  EXPECT_EQ(zpower(2.0, -1100.0, &rc), 0.0);
+  EXPECT_EQ(rc, 0);
+}
+
+// ------------------------------------------------------------ selection
+
+std::vector<double> sorted(std::vector<double> v) {
+  std::sort(v.begin(), v.end());
+  return v;
+}
+
+TEST(Select, AgreesWithSortingOnRandomAndTiedData) {
+  std::mt19937 gen(12345);
+  std::uniform_int_distribution<int> small(0, 4);  // many ties
+  std::normal_distribution<double> normal(0.0, 1.0);
+  for (int trial = 0; trial < 60; ++trial) {
+    const long n = 1 + trial * 7 % 53;
+    std::vector<double> x(n);
+    for (auto& v : x) v = trial % 2 ? small(gen) : normal(gen);
+    const auto s = sorted(x);
+    // Several ascending positions at once.
+    std::vector<double> pos = {0.0, static_cast<double>(n / 3), static_cast<double>(n / 2), static_cast<double>(n - 1)};
+    std::vector<double> xj(4), xj1(4);
+    auto work = x;
+    ASSERT_EQ(zqpsort(n, work.data(), nullptr, 4, pos.data(), xj.data(), xj1.data(), nullptr, 0, nullptr), 0);
+    for (int q = 0; q < 4; ++q) {
+      const auto k = static_cast<std::size_t>(pos[q]);
+      EXPECT_EQ(xj[q], s[k]) << "trial " << trial << " pos " << k;
+      EXPECT_EQ(xj1[q], s[std::min<std::size_t>(k + 1, n - 1)]) << "trial " << trial << " pos " << k;
+    }
+    // The array was rearranged, not changed.
+    EXPECT_EQ(sorted(work), s);
+  }
+}
+
+TEST(Select, MedianAsCallersReadIt) {
+  // Even n: positions n/2 - 1 and (through xj1) n/2; odd n: position n/2.
+  struct Case { std::vector<double> x; double median; };
+  const Case cases[] = {
+      {{5}, 5}, {{3, 1}, 2}, {{9, 1, 5}, 5}, {{4, 4, 4, 4}, 4}, {{7, -1, 3, 3, 10, 2}, 3}, {{1e300, -1e300, 0}, 0},
+  };
+  for (const auto& c : cases) {
+    auto x = c.x;
+    const long n = static_cast<long>(x.size());
+    const double pos = static_cast<double>(n % 2 ? n / 2 : n / 2 - 1);
+    double xj = 0, xj1 = 0;
+    ASSERT_EQ(zqpsort(n, x.data(), nullptr, 1, &pos, &xj, &xj1, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(n % 2 ? xj : 0.5 * (xj + xj1), c.median);
+  }
+}
+
+TEST(Select, PayloadTravelsWithItsValue) {
+  std::vector<double> x = {3.5, -1.0, 8.25, 0.5, 2.0, 7.0};
+  std::vector<std::int32_t> tag = {0, 1, 2, 3, 4, 5};
+  const auto orig = x;
+  std::int32_t scratch = 0;
+  const double pos = 2;
+  double xj = 0;
+  ASSERT_EQ(zqpsort(6, x.data(), nullptr, 1, &pos, &xj, nullptr, tag.data(), sizeof(std::int32_t), &scratch), 0);
+  EXPECT_EQ(xj, 2.0);
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(x[i], orig[tag[i]]) << i;
+}
+
+TEST(Select, WeightedPositionsCountWeight) {
+  // Sorted: 1 (w 2), 2 (w 0), 3 (w 1.5), 4 (w 0.5): weight intervals
+  // [0,2) -> 1, [2,3.5) -> 3, [3.5,4) -> 4. The zero-weight 2 never stands anywhere.
+  std::vector<double> x = {4, 2, 3, 1};
+  std::vector<double> w = {0.5, 0.0, 1.5, 2.0};
+  const double pos[] = {-1.0, 0.0, 1.99, 2.0, 3.49, 3.5, 3.9, 10.0};
+  const double want[] = {0, 1, 1, 3, 3, 4, 4, 4};
+  const double want1[] = {1, 1, 3, 3, 4, 4, 4, 4};
+  double xj[8], xj1[8];
+  ASSERT_EQ(zqpsort(4, x.data(), w.data(), 8, pos, xj, xj1, nullptr, 0, nullptr), 0);
+  for (int q = 0; q < 8; ++q) {
+    if (q == 0) {
+      EXPECT_EQ(wzmis(xj[q]), 1);
+    } else {
+      EXPECT_EQ(xj[q], want[q]) << pos[q];
+    }
+    EXPECT_EQ(xj1[q], want1[q]) << pos[q];
+  }
+  // The weights moved with their values.
+  for (int i = 0; i < 4; ++i) {
+    const double wanted = x[i] == 1 ? 2.0 : x[i] == 2 ? 0.0 : x[i] == 3 ? 1.5 : 0.5;
+    EXPECT_EQ(w[i], wanted) << x[i];
+  }
+}
+
+TEST(Select, UnitWeightsEqualTheUnweightedSelection) {
+  std::vector<double> x = {5, 3, 9, 1, 7, 3, 8};
+  std::vector<double> w(7, 1.0);
+  const auto s = sorted(x);
+  for (int k = 0; k < 7; ++k) {
+    auto xa = x;
+    auto wa = w;
+    const double pos = k;
+    double xj = 0, xj1 = 0;
+    ASSERT_EQ(zqpsort(7, xa.data(), wa.data(), 1, &pos, &xj, &xj1, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(xj, s[k]);
+    EXPECT_EQ(xj1, s[std::min(k + 1, 6)]);
+  }
+}
+
+TEST(Select, PositionMinusOneGivesTheMinimumNext) {
+  std::vector<double> x = {4, 2, 6};
+  const double pos = -1;
+  double xj = 0, xj1 = 0;
+  ASSERT_EQ(zqpsort(3, x.data(), nullptr, 1, &pos, &xj, &xj1, nullptr, 0, nullptr), 0);
+  EXPECT_EQ(wzmis(xj), 1);
+  EXPECT_EQ(xj1, 2.0);
+}
+
+TEST(Select, Failures) {
+  std::vector<double> x = {1, 2, 3};
+  double xj = 0;
+  const double ok = 1, tooBig = 3, tooSmall = -2;
+  const double desc[] = {2, 1};
+  double xj2[2];
+  EXPECT_EQ(zqpsort(0, x.data(), nullptr, 1, &ok, &xj, nullptr, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 0, &ok, &xj, nullptr, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &tooBig, &xj, nullptr, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &tooSmall, &xj, nullptr, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 2, desc, xj2, nullptr, nullptr, 0, nullptr), -1);
+  std::vector<double> w = {0, 1e-13, 0};
+  EXPECT_EQ(zqpsort(3, x.data(), w.data(), 1, &ok, &xj, nullptr, nullptr, 0, nullptr), -2);
+  std::vector<double> neg = {-1, -2, kMissing};
+  EXPECT_EQ(zqpsort(3, x.data(), neg.data(), 1, &ok, &xj, nullptr, nullptr, 0, nullptr), -2);
+}
+
+}  // namespace
+}  // namespace qvt
