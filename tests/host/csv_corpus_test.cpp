@@ -1,0 +1,120 @@
+// Every file of the corpus opens to its expected message, never a crash.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "host/process_host.hpp"
+#include "run/missing.hpp"
+#include "host_test_util.hpp"
+
+namespace qvt {
+namespace {
+
+struct CorpusCase {
+  const char* member;
+  int result;            // of dsOpen
+  std::vector<int> msgs; // group-900 messages logged by the open
+  int argIndex;          // an argument of the first message to check, -1 none
+  long long argValue;    //   and its value (a line or column number)
+};
+
+class Corpus : public ::testing::TestWithParam<CorpusCase> {};
+
+TEST_P(Corpus, OpensToItsMessage) {
+  const auto& c = GetParam();
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
+  cfg.logFormat = LogFormat::Jsonl;
+  cfg.logStream = &log;
+  cfg.csvBufferBytes = 16;  // records cross buffer ends
+  ProcessHost h(cfg);
+  ASSERT_EQ(h.init(), 0) << log.str();
+  DsHandle ds;
+  EXPECT_EQ(h.dsOpen(std::string("corp.") + c.member, DsMode::Input, &ds), c.result) << log.str();
+  EXPECT_EQ(static_cast<bool>(ds), c.result == 0);
+  EXPECT_EQ(testing::hostNumbers(log.str()), c.msgs) << log.str();
+  if (c.argIndex >= 0) {
+    const auto lines = testing::jsonLines(log.str());
+    ASSERT_FALSE(lines.empty());
+    const auto& args = lines.front().at("args");
+    ASSERT_GT(args.size(), static_cast<std::size_t>(c.argIndex));
+    EXPECT_EQ(args.at(static_cast<std::size_t>(c.argIndex)).get<long long>(), c.argValue) << log.str();
+    // Every error names the file it is about.
+    EXPECT_NE(lines.front().at("text").get<std::string>().find(c.member), std::string::npos);
+  }
+  h.stepEnd(0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, Corpus,
+    ::testing::Values(CorpusCase{"ragged", kHostDataError, {35}, 1, 3},
+                      CorpusCase{"extra_field", kHostDataError, {35}, 2, 3},
+                      CorpusCase{"ragged_after_multiline", kHostDataError, {35}, 1, 4},
+                      CorpusCase{"dup_name", kHostDataError, {32}, 1, 2},
+                      CorpusCase{"empty_name", kHostDataError, {31}, 1, 2},
+                      CorpusCase{"long_name", kHostDataError, {33}, 1, 1},
+                      CorpusCase{"bad_utf8", kHostDataError, {34}, 1, 3},
+                      CorpusCase{"bad_utf8_header", kHostDataError, {34}, 1, 1},
+                      CorpusCase{"open_quote", kHostDataError, {36}, 1, 3},
+                      CorpusCase{"after_quote", kHostDataError, {37}, 1, 2},
+                      CorpusCase{"empty", kHostDataError, {30}, -1, 0},
+                      CorpusCase{"header_only", 0, {38}, -1, 0},
+                      CorpusCase{"bom_crlf", 0, {}, -1, 0},
+                      CorpusCase{"bad_meta", 0, {19}, -1, 0},
+                      CorpusCase{"meta_clash", kHostDataError, {39}, 1, 2},
+                      CorpusCase{"no_such_member", kHostNotFound, {12}, -1, 0}),
+    [](const auto& p) { return std::string(p.param.member); });
+
+// The awkward files that are valid read to the right values.
+TEST(CorpusValues, BomAndCrlf) {
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
+  cfg.logStream = &log;
+  ProcessHost h(cfg);
+  ASSERT_EQ(h.init(), 0);
+  DsHandle ds;
+  ASSERT_EQ(h.dsOpen("corp.bom_crlf", DsMode::Input, &ds), 0) << log.str();
+  const auto vars = h.dsVars(ds);
+  ASSERT_EQ(vars.size(), 2u);
+  EXPECT_EQ(vars[0].name, "date");  // no byte-order mark in the name
+  EXPECT_EQ(vars[0].format, "DATE9.");
+  double date = 0, units = 0;
+  ASSERT_EQ(h.varGetD(ds, 1, &date), 0);
+  ASSERT_EQ(h.varGetD(ds, 2, &units), 0);
+  ASSERT_EQ(h.byNext(ds), 1);
+  ASSERT_EQ(h.byGet(ds), 1);
+  ASSERT_EQ(h.rowGet(ds), 0);
+  EXPECT_EQ(date, 23376.0);  // 2024-01-01: 64*365 + 16 leap days after 1960-01-01
+  EXPECT_EQ(units, 3.0);     // "3\r" would not be a number
+  ASSERT_EQ(h.byGet(ds), 1);
+  ASSERT_EQ(h.rowGet(ds), 0);
+  EXPECT_EQ(date, 23407.0);
+  EXPECT_EQ(wzmis(units), 1);
+  EXPECT_EQ(h.byGet(ds), 0);
+  EXPECT_EQ(h.byNext(ds), 0);
+  h.stepEnd(0);
+}
+
+TEST(CorpusValues, HeaderOnlyIsAnEmptyDataSet) {
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
+  cfg.logStream = &log;
+  ProcessHost h(cfg);
+  ASSERT_EQ(h.init(), 0);
+  DsHandle ds;
+  ASSERT_EQ(h.dsOpen("corp.header_only", DsMode::Input, &ds), 0);
+  DsFacts f;
+  ASSERT_EQ(h.dsInfo(ds, &f), 0);
+  EXPECT_EQ(f.nobs, 0);
+  EXPECT_EQ(h.dsVars(ds).size(), 2u);
+  EXPECT_EQ(h.byNext(ds), 1);  // without BY: one group, even of no records
+  EXPECT_EQ(h.byGet(ds), 0);
+  EXPECT_EQ(h.byNext(ds), 0);
+  h.stepEnd(0);
+}
+
+}  // namespace
+}  // namespace qvt
