@@ -1,7 +1,103 @@
-// The qvt command.
+// The qvt command: qvt run PROGRAM, qvt run -e TEXT, qvt check PROGRAM.
 #include <cstdio>
+#include <iostream>
+#include <string>
+#include <vector>
 
-int main() {
-  std::puts("qvt: not built yet");
-  return 0;
+#include <CLI/CLI.hpp>
+
+#include "cli/commands.hpp"
+
+namespace {
+
+struct Common {
+  std::vector<std::string> libs;
+  std::vector<std::string> options;
+  std::string log;
+  std::string logFormat = "text";
+  std::string listing;
+  std::string html;
+  std::string plots;
+  int threads = 1;
+  std::size_t memsize = 0;
+  bool strict = false;
+};
+
+void addCommon(CLI::App* cmd, Common& c) {
+  cmd->add_option("--lib", c.libs, "Assign a library: NAME=DIR (CSV files) or NAME=sqlite:FILE.db")
+      ->type_name("NAME=PATH");
+  cmd->add_option("--log", c.log, "Write the log to FILE instead of standard error")->type_name("FILE");
+  cmd->add_option("--log-format", c.logFormat, "Log lines as text or as JSON lines")
+      ->check(CLI::IsMember({"text", "jsonl"}));
+  cmd->add_option("--listing", c.listing, "Write printed tables to FILE instead of standard output")
+      ->type_name("FILE");
+  cmd->add_option("--html", c.html, "Write an HTML report with tables and plots to FILE")->type_name("FILE");
+  cmd->add_option("--plots", c.plots, "Write each plot as an SVG file into DIR")->type_name("DIR");
+  cmd->add_option("--option", c.options, "Host option, e.g. DEBUG=SYN or INTERVALDS=\"fiscal=cal.fiscal\"")
+      ->type_name("NAME=VALUE");
+  cmd->add_option("--threads", c.threads, "Threads for BY groups")->check(CLI::Range(1, 1024));
+  cmd->add_option("--memsize", c.memsize, "Memory budget in bytes (default: the available memory)")
+      ->type_name("BYTES");
+  cmd->add_flag("--strict", c.strict, "Exit with status 1 when a warning was logged");
+}
+
+qvt::HostConfig hostConfig(const Common& c) {
+  qvt::HostConfig cfg;
+  cfg.libs = c.libs;
+  cfg.options = c.options;
+  cfg.logFile = c.log;
+  cfg.logFormat = c.logFormat == "jsonl" ? qvt::LogFormat::Jsonl : qvt::LogFormat::Text;
+  cfg.memsize = c.memsize;
+  cfg.strict = c.strict;
+  return cfg;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"qvt: automatic time-series forecasting"};
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "qvt 0.1");
+
+  Common runOpts;
+  std::string runFile, runText;
+  CLI::App* run = app.add_subcommand("run", "Run the steps of a program");
+  run->add_option("PROGRAM", runFile, "Program file")->type_name("FILE");
+  run->add_option("-e", runText, "Program text given on the command line")->type_name("TEXT");
+  addCommon(run, runOpts);
+
+  Common checkOpts;
+  std::string checkFile, checkText;
+  CLI::App* check = app.add_subcommand("check", "Parse a program and print its statement records as JSON");
+  check->add_option("PROGRAM", checkFile, "Program file")->type_name("FILE");
+  check->add_option("-e", checkText, "Program text given on the command line")->type_name("TEXT");
+  addCommon(check, checkOpts);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::CallForVersion& e) {
+    return app.exit(e);
+  } catch (const CLI::ParseError& e) {
+    app.exit(e);
+    return qvt::cli::kExitUsage;
+  }
+
+  const bool isRun = run->parsed();
+  const std::string& file = isRun ? runFile : checkFile;
+  const std::string& text = isRun ? runText : checkText;
+  if (file.empty() == text.empty()) {
+    std::cerr << "qvt " << (isRun ? "run" : "check")
+              << ": give either a PROGRAM file or -e TEXT (one of them)\n";
+    return qvt::cli::kExitUsage;
+  }
+
+  qvt::ProcessHost host(hostConfig(isRun ? runOpts : checkOpts));
+  if (host.init() != qvt::kHostOk) return qvt::cli::kExitUsage;
+
+  qvt::cli::ProgramSource src{file, text};
+  int rc = qvt::cli::loadProgram(host, src);
+  if (rc == 0) rc = isRun ? qvt::cli::runProgram(host, src) : qvt::cli::checkProgram(host, src, std::cout);
+  return host.exitStatus(rc);
 }
