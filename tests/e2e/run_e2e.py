@@ -13,6 +13,9 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
       "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
       "absent_files": ["out.csv"],         # files that must not exist after the run
+      "fields": [{"step": 0, "record": 1, "field": 3, "value": 43}],  # qvt check: a field's value
+      "bits": [{"step": 0, "record": 1, "set": [2]}],   # qvt check: exactly these flag bits are set
+      "same_records": ["a.qvt", "b.qvt"],  # qvt check gives identical records for these programs
       "tolerance": 1e-9                    # relative tolerance for numeric cells
     }
 
@@ -151,6 +154,39 @@ def run_case(qvt, case_dir):
                     errors.append("stdout JSON differs: " + "; ".join(contains(got, want)[:5]))
             if got is not None and "stdout_json_contains" in spec:
                 errors += contains(got, spec["stdout_json_contains"])
+        if "fields" in spec or "bits" in spec:
+            try:
+                steps = json.loads(proc.stdout)
+            except json.JSONDecodeError as e:
+                return errors + [f"stdout is not JSON: {e}"]
+            for want in spec.get("fields", []):
+                try:
+                    rec = steps[want.get("step", 0)]["records"][want["record"]]
+                except (IndexError, KeyError):
+                    errors.append(f"no record {want}")
+                    continue
+                got = [f for f in rec["fields"] if f["field"] == want["field"]]
+                if not got:
+                    errors.append(f"field {want['field']} of record {want['record']} not given")
+                elif not cells_equal(str(got[0]["value"]), str(want["value"]), tol) if not isinstance(want["value"], (dict, list)) else got[0]["value"] != want["value"]:
+                    errors.append(f"field {want['field']} of record {want['record']}: got {got[0]['value']!r}, expected {want['value']!r}")
+            for want in spec.get("bits", []):
+                try:
+                    rec = steps[want.get("step", 0)]["records"][want["record"]]
+                except (IndexError, KeyError):
+                    errors.append(f"no record {want}")
+                    continue
+                got = sorted(b["bit"] for b in rec["bits"])
+                if got != sorted(want["set"]):
+                    errors.append(f"bits of record {want['record']}: got {got}, expected {sorted(want['set'])}")
+        if "same_records" in spec:
+            outs = []
+            for prog in spec["same_records"]:
+                pr = subprocess.run([qvt, "check", prog], cwd=work, capture_output=True, text=True, timeout=300)
+                outs.append(pr.stdout)
+            for prog, o in zip(spec["same_records"][1:], outs[1:]):
+                if o != outs[0]:
+                    errors.append(f"qvt check {prog} differs from {spec['same_records'][0]}")
         return errors
 
 
@@ -160,6 +196,7 @@ def main():
     ap.add_argument("--cases", required=True)
     ap.add_argument("only", nargs="*", help="run only these case names")
     a = ap.parse_args()
+    a.qvt = os.path.abspath(a.qvt)
     cases = []
     for root, dirs, files in os.walk(a.cases):
         dirs.sort()
