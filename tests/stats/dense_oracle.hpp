@@ -1,0 +1,58 @@
+// Dense reference arithmetic for the packed-matrix tests: packing by rows of
+// the lower triangle, and an inverse by Gauss-Jordan elimination with partial
+// pivoting in long double, independent of the routines under test.
+#pragma once
+
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace qvt::testing_dense {
+
+using Dense = std::vector<std::vector<double>>;
+
+inline std::vector<double> pack(const Dense& m) {
+  std::vector<double> p;
+  for (std::size_t i = 0; i < m.size(); ++i)
+    for (std::size_t j = 0; j <= i; ++j) p.push_back(m[i][j]);
+  return p;
+}
+
+// Dense inverse by Gauss-Jordan elimination with partial pivoting in long
+// double: the reference the tests compare against.
+inline Dense inverse(const Dense& m) {
+  const std::size_t n = m.size();
+  std::vector<std::vector<long double>> a(n, std::vector<long double>(2 * n, 0.0L));
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) a[i][j] = m[i][j];
+    a[i][n + i] = 1.0L;
+  }
+  for (std::size_t c = 0; c < n; ++c) {
+    std::size_t piv = c;
+    for (std::size_t r = c + 1; r < n; ++r)
+      if (std::fabs(a[r][c]) > std::fabs(a[piv][c])) piv = r;
+    std::swap(a[c], a[piv]);
+    const long double d = a[c][c];
+    for (auto& v : a[c]) v /= d;
+    for (std::size_t r = 0; r < n; ++r) {
+      if (r == c) continue;
+      const long double f = a[r][c];
+      for (std::size_t k = 0; k < 2 * n; ++k) a[r][k] -= f * a[c][k];
+    }
+  }
+  Dense inv(n, std::vector<double>(n));
+  for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t j = 0; j < n; ++j) inv[i][j] = static_cast<double>(a[i][n + j]);
+  return inv;
+}
+
+// Small symmetric positive definite matrices, including an ill-scaled one.
+inline const Dense kSpd3 = {{4, 2, -2}, {2, 10, 4}, {-2, 4, 9}};
+inline const Dense kSpd4 = {{6, 1, 0.5, 2}, {1, 5, -1, 0}, {0.5, -1, 7, 1.5}, {2, 0, 1.5, 8}};
+inline const Dense kHilbert5 = {{1, 1. / 2, 1. / 3, 1. / 4, 1. / 5},
+                         {1. / 2, 1. / 3, 1. / 4, 1. / 5, 1. / 6},
+                         {1. / 3, 1. / 4, 1. / 5, 1. / 6, 1. / 7},
+                         {1. / 4, 1. / 5, 1. / 6, 1. / 7, 1. / 8},
+                         {1. / 5, 1. / 6, 1. / 7, 1. / 8, 1. / 9}};
+
+}  // namespace qvt::testing_dense
