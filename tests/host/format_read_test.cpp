@@ -106,7 +106,7 @@ TEST(FormatRead, Literals) {
       {"00JAN2020", kReadField}, {"01JAN1581", kReadRange}, {"01XYZ2020", kReadSyntax},
       {"01JAN202", kReadSyntax}, {"001JAN2020", kReadSyntax}, {"JAN2020", kReadSyntax},
       {"01JA2020", kReadSyntax}, {"", kReadSyntax},          {"01JAN2020x", kReadSyntax},
-      {"01-JAN-2020", kReadSyntax},
+      {"01-JAN-2020", kReadSyntax}, {"01JAN202400", kReadSyntax},
   };
   for (const auto& b : badDates) checkBad(dateLit, b);
 

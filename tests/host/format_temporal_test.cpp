@@ -2,6 +2,7 @@
 // week numbers against a slow day-by-day count.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -155,6 +156,10 @@ TEST(FormatTemporal, Datetimes) {
       {late, "DTDATE9.", "31DEC2019"},              // the day it falls in
       {late, "DATETIME7.", "31DEC19"},
       {-1.0, "DATETIME18.", "31DEC1959:23:59:59"},
+      // The smallest negative double: x / 86400 underflows to -0, yet the
+      // value lies before midnight of 1960-01-01.
+      {std::nextafter(0.0, -1.0), "DTDATE9.", "31DEC1959"},
+      {std::nextafter(0.0, -1.0), "DATETIME18.", "01JAN1960:00:00:00"},
       {x, "DTDATE9.", "01JAN2020"},
       {x, "DTDATE.", "01JAN20"},
       {x, "DTMONYY7.", "JAN2020"},
