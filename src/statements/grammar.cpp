@@ -171,6 +171,7 @@ constexpr ClassName kClasses[] = {
     {"TIME", term::TIME, "a time constant"}, {"DATETIME", term::DATETIME, "a datetime constant"},
     {"MISSING", term::MISSING, "a missing value"}, {"VLITERAL", term::VLITERAL, "a name literal"},
     {"CATNAME", term::CATNAME, "a catalog name"}, {"DSTOKEN", term::DSTOKEN, "a data set"},
+    {"OTHER", term::OTHER, "a mark"},
 };
 constexpr std::string_view kPunct = "(),-/:=";
 

@@ -39,24 +39,23 @@ std::string upper(std::string_view s) {
   return u;
 }
 
-// Levenshtein distance, given up (returning limit + 1) beyond limit.
+// Edit distance with adjacent transpositions (the optimal string alignment
+// distance of Damerau), so that LAED is one edit from LEAD; limit + 1 when
+// it is beyond limit.
 int editDistance(std::string_view a, std::string_view b, int limit) {
-  const auto la = static_cast<int>(a.size()), lb = static_cast<int>(b.size());
-  if (std::abs(la - lb) > limit) return limit + 1;
-  std::vector<int> prev(static_cast<std::size_t>(lb) + 1), cur(static_cast<std::size_t>(lb) + 1);
-  for (int j = 0; j <= lb; ++j) prev[static_cast<std::size_t>(j)] = j;
-  for (int i = 1; i <= la; ++i) {
-    cur[0] = i;
-    int rowMin = cur[0];
-    for (int j = 1; j <= lb; ++j) {
-      const int sub = prev[static_cast<std::size_t>(j - 1)] + (a[static_cast<std::size_t>(i - 1)] == b[static_cast<std::size_t>(j - 1)] ? 0 : 1);
-      cur[static_cast<std::size_t>(j)] = std::min({prev[static_cast<std::size_t>(j)] + 1, cur[static_cast<std::size_t>(j - 1)] + 1, sub});
-      rowMin = std::min(rowMin, cur[static_cast<std::size_t>(j)]);
+  const std::size_t la = a.size(), lb = b.size();
+  if ((la > lb ? la - lb : lb - la) > static_cast<std::size_t>(limit)) return limit + 1;
+  std::vector<std::vector<int>> d(la + 1, std::vector<int>(lb + 1, 0));
+  for (std::size_t i = 0; i <= la; ++i) d[i][0] = static_cast<int>(i);
+  for (std::size_t j = 0; j <= lb; ++j) d[0][j] = static_cast<int>(j);
+  for (std::size_t i = 1; i <= la; ++i) {
+    for (std::size_t j = 1; j <= lb; ++j) {
+      const int cost = a[i - 1] == b[j - 1] ? 0 : 1;
+      d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + cost});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
     }
-    if (rowMin > limit) return limit + 1;
-    std::swap(prev, cur);
   }
-  return prev[static_cast<std::size_t>(lb)];
+  return std::min(d[la][lb], limit + 1);
 }
 
 std::string numberText(double v) {
@@ -280,11 +279,11 @@ class Parser {
   };
 
   // The cheapest insertion before a token that can stand for `terms`, over the current stack.
-  Plan plan(const int* terms, int nterms) const {
+  Plan plan(const std::vector<GSym>& stack, const int* terms, int nterms) const {
     Plan best;
     long acc = 0;
-    for (long k = static_cast<long>(stack_.size()) - 1; k >= 0 && acc < best.cost; --k) {
-      const GSym& y = stack_[static_cast<std::size_t>(k)];
+    for (long k = static_cast<long>(stack.size()) - 1; k >= 0 && acc < best.cost; --k) {
+      const GSym& y = stack[static_cast<std::size_t>(k)];
       if (y.kind == SymKind::Action) continue;
       if (y.kind == SymKind::Terminal) {
         for (int j = 0; j < nterms; ++j)
@@ -324,6 +323,71 @@ class Parser {
     return "nothing";
   }
 
+  // A candidate repair: delete `del` tokens, read the next word as keyword
+  // `kw` (or not, -1), then insert what the cheapest plan asks for.
+  struct Candidate {
+    int cost = kCostInfinite;
+    std::size_t del = 0;
+    int kw = -1;
+    bool checked = false;  // the tokens behind it parse
+  };
+
+  // Tokens checked behind a repair before it is preferred: a repair that
+  // only moves the error one token on is no repair.
+  static constexpr int kCheckTokens = 3;
+
+  // Whether, after the candidate, the next kCheckTokens tokens (or the rest
+  // of the statement) parse, on a copy of the stack without semantics.
+  bool check(std::size_t at, int kw) {
+    std::vector<GSym> st = stack_;
+    const Token* first = tokenAt(at);
+    Token subst;
+    if (kw >= 0 && first) {
+      subst = *first;
+      subst.cls = -1;
+      subst.kw = kw;
+      first = &subst;
+    }
+    int terms[2];
+    const int nt = termsOf(first, terms);
+    if (!walk(st, terms, nt, nullptr)) return false;
+    std::size_t k = at;
+    int matchedCount = 0;
+    for (int steps = 0; steps < kMaxInsertSteps && matchedCount < kCheckTokens; ++steps) {
+      if (st.empty()) return true;
+      const GSym top = st.back();
+      const Token* t = k == at ? first : tokenAt(k);
+      if (top.kind == SymKind::Action) {
+        st.pop_back();
+        // Data set options are skipped unread, as the action does.
+        if (g_.actions[static_cast<std::size_t>(top.id)].routine == 30) {
+          int depth = 0;
+          while (const Token* x = tokenAt(k)) {
+            if (x->cls == term::ENDJB || (x->cls == term::RPAREN && depth == 0)) break;
+            if (x->cls == term::LPAREN) ++depth;
+            if (x->cls == term::RPAREN) --depth;
+            ++k;
+          }
+        }
+        continue;
+      }
+      if (top.kind == SymKind::Terminal) {
+        if (!matches(top.id, t)) return false;
+        if (top.id == g_.eof) return true;
+        st.pop_back();
+        ++k;
+        ++matchedCount;
+        continue;
+      }
+      const int p = lookup(top.id, t);
+      if (p < 0) return false;
+      st.pop_back();
+      const auto& rhs = g_.prods[static_cast<std::size_t>(p)].rhs;
+      for (auto it = rhs.rbegin(); it != rhs.rend(); ++it) st.push_back(*it);
+    }
+    return true;
+  }
+
   bool repair() {
     const std::size_t start = i_;
     const Token* bad = cur();
@@ -331,9 +395,15 @@ class Parser {
     const std::string found = bad ? tokenShow(*bad) : std::string("the end of the text");
     const std::string expected = expectedText();
 
-    int bestCost = kCostInfinite;
-    std::size_t bestDel = 0;
-    int bestKw = -1;
+    // Least cost first among the repairs behind which the statement goes
+    // on; the cheapest of all when none does.
+    Candidate best;
+    auto consider = [&](long cost, std::size_t d, int kw) {
+      if (cost > kMaxRepairCost) return;
+      const bool ok = check(start + d, kw);
+      if ((ok && !best.checked) || (ok == best.checked && cost < best.cost))
+        best = Candidate{static_cast<int>(cost), d, kw, ok};
+    };
     long del = 0;
     for (std::size_t d = 0;; ++d) {
       const Token* t = tokenAt(start + d);
@@ -345,82 +415,88 @@ class Parser {
         for (int k = 0; k < static_cast<int>(names.size()); ++k) {
           if (k == t->kw || editDistance(w, names[static_cast<std::size_t>(k)], limit) > limit) continue;
           const int term = kwTerm(k);
-          const Plan p = plan(&term, 1);
-          const long c = del + deleteCost(t->cls, t->kw >= 0) + g_.insCost(term) + p.cost;
-          if (c < bestCost) bestCost = static_cast<int>(c), bestDel = d, bestKw = k;
+          const Plan p = plan(stack_, &term, 1);
+          consider(del + deleteCost(t->cls, t->kw >= 0) + g_.insCost(term) + p.cost, d, k);
         }
       }
       int terms[2];
       const int nt = termsOf(t, terms);
-      const Plan p = plan(terms, nt);
-      if (del + p.cost < bestCost) bestCost = static_cast<int>(del + p.cost), bestDel = d, bestKw = -1;
+      const Plan p = plan(stack_, terms, nt);
+      consider(del + p.cost, d, -1);
       if (!t) break;
       del += deleteCost(t->cls, t->kw >= 0);
-      if (del > kMaxRepairCost || del >= bestCost) break;
+      if (del > kMaxRepairCost) break;
     }
-    if (bestCost > kMaxRepairCost) {
+    if (best.cost > kMaxRepairCost) {
       error(kMsgSyntax, at, {found, expected});
       return false;
     }
 
     std::string deleted;
-    for (std::size_t k = 0; k < bestDel; ++k) {
+    for (std::size_t k = 0; k < best.del; ++k) {
       if (!deleted.empty()) deleted += ' ';
       deleted += tokenShow(*tokenAt(start + k));
     }
-    i_ = start + bestDel;
-    if (bestKw >= 0) {
+    i_ = start + best.del;
+    if (best.kw >= 0) {
       sub_ = *tokenAt(i_);
       sub_.cls = -1;  // from here on the word is the keyword and nothing else
-      sub_.kw = bestKw;
+      sub_.kw = best.kw;
       subAt_ = i_;
     }
     std::string inserted;
-    if (!insertBefore(cur(), inserted)) {
+    int terms[2];
+    const int nt = termsOf(cur(), terms);
+    if (!walk(stack_, terms, nt, &inserted)) {
       error(kMsgSyntax, at, {found, expected});
       return false;
     }
-    if (bestKw >= 0 && bestDel == 0 && inserted.empty()) {
-      error(kMsgMisspelled, at, {found, std::string(keywordName(bestKw))});
+    if (best.kw >= 0 && best.del == 0 && inserted.empty()) {
+      error(kMsgMisspelled, at, {found, std::string(keywordName(best.kw))});
       return true;
     }
     error(kMsgSyntax, at, {found, expected});
     std::string how;
     if (!deleted.empty()) how = "deleting " + deleted;
-    if (bestKw >= 0) how += std::string(how.empty() ? "" : ", ") + "reading " + tokenShow(*cur()) + " as " +
-                            std::string(keywordName(bestKw));
+    if (best.kw >= 0)
+      how += std::string(how.empty() ? "" : ", ") + "reading " + tokenShow(*cur()) + " as " +
+             std::string(keywordName(best.kw));
     if (!inserted.empty()) how += std::string(how.empty() ? "" : ", ") + "inserting " + inserted;
     stmtMsg(host_, nullptr, kMsgRepaired, at, {how});
     return true;
   }
 
-  // Inserts the cheapest symbols in front of token t so that it can be matched.
-  bool insertBefore(const Token* t, std::string& inserted) {
-    int terms[2];
-    const int nt = termsOf(t, terms);
+  // Inserts the cheapest symbols on `st` in front of a token that can stand
+  // for `terms`, until a terminal that it matches is on top. With
+  // `inserted` (the real stack) the actions run and the inserted terminals
+  // are listed; without, it only rewrites the stack.
+  bool walk(std::vector<GSym>& st, const int* terms, int nt, std::string* inserted) {
     for (int steps = 0; steps < kMaxInsertSteps; ++steps) {
-      if (stack_.empty()) return false;
-      const GSym top = stack_.back();
+      if (st.empty()) return false;
+      const GSym top = st.back();
       if (top.kind == SymKind::Action) {
-        stack_.pop_back();
-        act(g_.actions[static_cast<std::size_t>(top.id)]);
+        st.pop_back();
+        if (inserted) act(g_.actions[static_cast<std::size_t>(top.id)]);
         continue;
       }
-      const Plan p = plan(terms, nt);
+      const Plan p = plan(st, terms, nt);
       if (p.depth < 0 || p.cost >= kCostInfinite) return false;
-      const bool here = p.depth == static_cast<long>(stack_.size()) - 1;
+      const bool here = p.depth == static_cast<long>(st.size()) - 1;
       if (top.kind == SymKind::Terminal) {
         if (here) return true;
-        stack_.pop_back();
-        if (!inserted.empty()) inserted += ' ';
-        inserted += g_.termName(top.id);
-        lastTok_ = -1;
-        matched(top.id, nullptr);
+        st.pop_back();
+        if (inserted) {
+          if (!inserted->empty()) *inserted += ' ';
+          *inserted += g_.termName(top.id);
+          matched(top.id, nullptr);
+        }
         continue;
       }
       const int prod = here ? g_.eprod(top.id, p.term) : g_.Sprod[static_cast<std::size_t>(top.id)];
       if (prod < 0) return false;
-      expand(prod);
+      st.pop_back();
+      const auto& rhs = g_.prods[static_cast<std::size_t>(prod)].rhs;
+      for (auto it = rhs.rbegin(); it != rhs.rend(); ++it) st.push_back(*it);
     }
     return false;
   }

@@ -144,12 +144,14 @@ class Scanner {
       push(cls, begin, pos).text = std::string(1, c);
       return;
     }
-    // Not a character of the language: report it (a byte that isn't
-    // printable ASCII as \xNN) and go on behind it.
+    if (static_cast<unsigned char>(c) > 0x20 && static_cast<unsigned char>(c) < 0x7F) {
+      advance();
+      push(term::OTHER, begin, pos).text = std::string(1, c);
+      return;
+    }
+    // Not a character of the language: report it (as \xNN) and go on behind it.
     std::string shown;
-    if (static_cast<unsigned char>(c) >= 0x20 && static_cast<unsigned char>(c) < 0x7F) {
-      shown = std::string(1, c);
-    } else {
+    {
       static constexpr char hex[] = "0123456789ABCDEF";
       const auto u = static_cast<unsigned char>(c);
       shown = std::string("\\x") + hex[u >> 4] + hex[u & 15];
@@ -301,9 +303,9 @@ class Scanner {
   void dollarFormat(std::size_t begin, const SourcePos& pos) {
     std::size_t n = 1;
     while (isNameChar(peek(n))) ++n;
-    if (peek(n) != '.') {
-      error(kMsgBadCharacter, pos, {std::string("$")});
+    if (peek(n) != '.') {  // a lone '$' is a mark of no rule
       advance();
+      push(term::OTHER, begin, pos).text = "$";
       return;
     }
     advance(n + 1);

@@ -29,6 +29,9 @@ inline constexpr int MISSING = 11;
 inline constexpr int VLITERAL = 12;  // 'any name'n
 inline constexpr int CATNAME = 13;   // no rule of the language uses it
 inline constexpr int DSTOKEN = 14;   // no rule of the language uses it
+// A printable mark of no rule (< > + * and the like): data set options may
+// hold one; anywhere else it is a syntax error.
+inline constexpr int OTHER = 15;
 inline constexpr int LPAREN = 20;
 inline constexpr int RPAREN = 21;
 inline constexpr int COMMA = 22;
