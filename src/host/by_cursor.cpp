@@ -104,6 +104,10 @@ bool ByCursor::sameGroup(const DsRow& row) const {
 }
 
 int ByCursor::nextGroup(DsDiag& diag) {
+  if (orderError_) {
+    diag = orderDiag_;
+    return kHostByOrder;
+  }
   if (!started_) {
     started_ = true;
     if (const int r = fetch(diag); r < 0) return r;
@@ -134,6 +138,10 @@ int ByCursor::nextGroup(DsDiag& diag) {
 }
 
 int ByCursor::nextRecord(DsDiag& diag) {
+  if (orderError_) {
+    diag = orderDiag_;
+    return kHostByOrder;
+  }
   if (!inGroup_ || !haveAhead_ || (!by_.empty() && !sameGroup(ahead_))) {
     inGroup_ = false;
     return 0;
@@ -146,10 +154,12 @@ int ByCursor::nextRecord(DsDiag& diag) {
     if (compareKeys(ahead_, cur_, &k) < 0) {
       const auto i = static_cast<std::size_t>(by_[k].varno - 1);
       const VarInfo& v = rd_.vars()[i];
-      diag = DsDiag{kMsgByOrder,
-                    {display_, std::string(by_[k].descending ? "descending" : "ascending"), v.name,
-                     aheadObs_, valueText(ahead_, i, v.type), curObs_, valueText(cur_, i, v.type)}};
-      return kHostByOrder;
+      // The record in hand is good; the failure comes with the next call,
+      // which would have to move past it.
+      orderDiag_ = DsDiag{kMsgByOrder,
+                          {display_, std::string(by_[k].descending ? "descending" : "ascending"), v.name,
+                           aheadObs_, valueText(ahead_, i, v.type), curObs_, valueText(cur_, i, v.type)}};
+      orderError_ = true;
     }
   }
   return 1;

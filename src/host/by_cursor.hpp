@@ -34,8 +34,9 @@ class ByCursor {
   int setBy(std::span<const ByVar> vars, bool notsorted, DsDiag& diag);
   // 1 when a group starts, 0 at the end of the data, negative on failure.
   int nextGroup(DsDiag& diag);
-  // 1 with a record in hand, 0 at the group's end, negative on failure
-  // (kHostByOrder with the message in diag when the record ahead is out of order).
+  // 1 with a record in hand, 0 at the group's end, negative on failure:
+  // kHostByOrder, with the message in diag, on the first call (of either
+  // kind) after the last record that was in order.
   int nextRecord(DsDiag& diag);
 
   const DsRow& current() const noexcept { return cur_; }
@@ -61,6 +62,8 @@ class ByCursor {
   bool started_ = false;  // the record ahead has been fetched once
   bool inGroup_ = false;  // a group is open and not yet at its end
   bool groups_ = false;   // without BY variables: the one group was given
+  bool orderError_ = false;  // the record ahead is out of order
+  DsDiag orderDiag_;
 };
 
 }  // namespace qvt

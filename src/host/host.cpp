@@ -87,9 +87,15 @@ int hostVarName(const Host& h, DsHandle ds, int varno, VarInfo* out) {
 
 void hostExit(Host&, int rc, int) { throw StepExit{rc}; }
 
+int hostByNext(Host& h, DsHandle ds) {
+  const int r = h.byNext(ds);
+  if (r < 0) hostExit(h, 1012);
+  return r;
+}
+
 int hostByGet(Host& h, DsHandle ds) {
   const int r = h.byGet(ds);
-  if (r == kHostByOrder) hostExit(h, 1012);
+  if (r < 0) hostExit(h, 1012);
   return r;
 }
 

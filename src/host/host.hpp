@@ -260,7 +260,6 @@ inline int hostVarGetT(Host& h, DsHandle ds, int varno, std::string* cell) {
   return h.varGetT(ds, varno, cell);
 }
 inline int hostRowGet(Host& h, DsHandle ds) { return h.rowGet(ds); }
-inline int hostByNext(Host& h, DsHandle ds) { return h.byNext(ds); }
 inline long long hostDsNote(const Host& h, DsHandle ds) { return h.dsNote(ds); }
 inline int hostVarPutD(Host& h, DsHandle ds, const VarInfo& info, const double* cell) {
   return h.varPutD(ds, info, cell);
@@ -304,9 +303,12 @@ inline int hostSpoolClose(Host& h, SpoolHandle sp, int mode) { return h.spoolClo
 // Ends the step with return code rc; doesn't return. Only valid inside hostRunStep.
 [[noreturn]] void hostExit(Host& h, int rc, int zero = 0);
 
-// Reads the next record of the BY group. A record out of order has already
-// been reported by the host; it ends the step with rc 1012 (the input can't be
-// used the way the run needs it).
+// Moves to the next BY group: nonzero while there is one. Reads the next
+// record of the group: nonzero while there is one. A failure (a record out of
+// order, a file that can't be read on) has already been reported by the host;
+// it ends the step with rc 1012 (the input can't be used the way the run
+// needs it), so the engine's loops only ever see "another" or "no more".
+int hostByNext(Host& h, DsHandle ds);
 int hostByGet(Host& h, DsHandle ds);
 
 // Runs one step: calls body, takes the rc of its hostExit (0 when it simply

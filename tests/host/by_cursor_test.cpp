@@ -1,0 +1,235 @@
+// BY groups over an in-memory reader, and through the host on a CSV file.
+#include "host/by_cursor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "host/host_msgs.hpp"
+#include "host/process_host.hpp"
+#include "host_test_util.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+namespace {
+
+// Records of one numeric variable "k", one character variable "c" and a value "v".
+class VecReader final : public DsReader {
+ public:
+  struct Rec {
+    double k;
+    std::string c;
+    double v;
+  };
+  explicit VecReader(std::vector<Rec> recs) : recs_(std::move(recs)) {
+    vars_ = {VarInfo{"k", "", VarType::Numeric, 8, ""}, VarInfo{"c", "", VarType::Character, 8, ""},
+             VarInfo{"v", "", VarType::Numeric, 8, ""}};
+  }
+  const std::vector<VarInfo>& vars() const override { return vars_; }
+  long long nobs() const override { return static_cast<long long>(recs_.size()); }
+  const std::string& label() const override { return label_; }
+  int next(DsRow& row, DsDiag&) override {
+    if (i_ == recs_.size()) return 0;
+    row.resize(3);
+    row.num[0] = recs_[i_].k;
+    row.text[1] = recs_[i_].c;
+    row.num[2] = recs_[i_].v;
+    ++i_;
+    return 1;
+  }
+
+ private:
+  std::vector<Rec> recs_;
+  std::vector<VarInfo> vars_;
+  std::string label_;
+  std::size_t i_ = 0;
+};
+
+// The groups as lists of v, or the failing result and message.
+struct Outcome {
+  std::vector<std::vector<double>> groups;
+  int error = 0;
+  DsDiag diag;
+};
+
+Outcome run(std::vector<VecReader::Rec> recs, std::vector<ByVar> by, bool notsorted,
+            std::size_t readPerGroup = 1000) {
+  VecReader rd(std::move(recs));
+  ByCursor cur(rd, "WORK.T");
+  Outcome o;
+  if (cur.setBy(by, notsorted, o.diag) != 0) {
+    o.error = kHostBadArgument;
+    return o;
+  }
+  for (;;) {
+    const int g = cur.nextGroup(o.diag);
+    if (g < 0) {
+      o.error = g;
+      return o;
+    }
+    if (g == 0) break;
+    o.groups.emplace_back();
+    for (std::size_t n = 0; n < readPerGroup; ++n) {
+      const int r = cur.nextRecord(o.diag);
+      if (r < 0) {
+        o.error = r;
+        return o;
+      }
+      if (r == 0) break;
+      o.groups.back().push_back(cur.current().num[2]);
+      EXPECT_EQ(cur.currentObs(), static_cast<long long>(cur.current().num[2]));  // v is the record number
+    }
+  }
+  return o;
+}
+
+using G = std::vector<std::vector<double>>;
+
+TEST(ByCursor, GroupsOfSortedData) {
+  struct Case {
+    const char* name;
+    std::vector<VecReader::Rec> recs;
+    std::vector<ByVar> by;
+    bool notsorted;
+    G groups;
+    int error;
+  };
+  const double A = skMissVal('A');
+  const Case cases[] = {
+      {"no BY: one group", {{2, "x", 1}, {1, "y", 2}}, {}, false, {{1, 2}}, 0},
+      {"no BY, no records: one empty group", {}, {}, false, {{}}, 0},
+      {"BY, no records: no group", {}, {{1, false}}, false, {}, 0},
+      {"ascending", {{1, "", 1}, {1, "", 2}, {2, "", 3}, {5, "", 4}}, {{1, false}}, false, {{1, 2}, {3}, {4}}, 0},
+      {"missing values first", {{kMissing, "", 1}, {A, "", 2}, {-1e300, "", 3}}, {{1, false}}, false, {{1}, {2}, {3}}, 0},
+      {"._ before . before .A", {{skMissVal('_'), "", 1}, {kMissing, "", 2}, {A, "", 3}}, {{1, false}}, false, {{1}, {2}, {3}}, 0},
+      {"minus zero equals zero", {{-0.0, "", 1}, {0.0, "", 2}}, {{1, false}}, false, {{1, 2}}, 0},
+      {"descending", {{3, "", 1}, {2, "", 2}, {2, "", 3}, {kMissing, "", 4}}, {{1, true}}, false, {{1}, {2, 3}, {4}}, 0},
+      {"text, trailing blanks ignored", {{0, "a", 1}, {0, "a  ", 2}, {0, "b", 3}}, {{2, false}}, false, {{1, 2}, {3}}, 0},
+      {"two variables, second descending",
+       {{1, "b", 1}, {1, "a", 2}, {2, "z", 3}, {2, "a", 4}}, {{1, false}, {2, true}}, false, {{1}, {2}, {3}, {4}}, 0},
+      {"out of order", {{1, "", 1}, {3, "", 2}, {2, "", 3}}, {{1, false}}, false, {{1}, {2}}, kHostByOrder},
+      {"descending out of order", {{3, "", 1}, {4, "", 2}}, {{1, true}}, false, {{1}}, kHostByOrder},
+      {"notsorted: runs of equal values", {{2, "", 1}, {2, "", 2}, {1, "", 3}, {2, "", 4}}, {{1, false}}, true,
+       {{1, 2}, {3}, {4}}, 0},
+      {"bad variable number", {{1, "", 1}}, {{4, false}}, false, {}, kHostBadArgument},
+  };
+  for (const Case& c : cases) {
+    const Outcome o = run(c.recs, c.by, c.notsorted);
+    EXPECT_EQ(o.groups, c.groups) << c.name;
+    EXPECT_EQ(o.error, c.error) << c.name;
+  }
+}
+
+TEST(ByCursor, OutOfOrderMessageNamesVariableAndRecords) {
+  const Outcome o = run({{1, "", 1}, {3, "", 2}, {2, "", 3}}, {{1, false}}, false);
+  ASSERT_EQ(o.error, kHostByOrder);
+  EXPECT_EQ(o.diag.number, kMsgByOrder);
+  ASSERT_EQ(o.diag.args.size(), 7u);
+  EXPECT_EQ(std::get<std::string>(o.diag.args[0]), "WORK.T");
+  EXPECT_EQ(std::get<std::string>(o.diag.args[1]), "ascending");
+  EXPECT_EQ(std::get<std::string>(o.diag.args[2]), "k");
+  EXPECT_EQ(std::get<long long>(o.diag.args[3]), 3);  // the record out of order
+  EXPECT_EQ(std::get<std::string>(o.diag.args[4]), "2");
+  EXPECT_EQ(std::get<long long>(o.diag.args[5]), 2);  // the record it follows
+  EXPECT_EQ(std::get<std::string>(o.diag.args[6]), "3");
+}
+
+TEST(ByCursor, UnreadRecordsOfAGroupAreSkipped) {
+  const Outcome o = run({{1, "", 1}, {1, "", 2}, {1, "", 3}, {2, "", 4}, {2, "", 5}}, {{1, false}}, false, 1);
+  EXPECT_EQ(o.groups, (G{{1}, {4}}));
+  // A record out of order inside the skipped part is still found.
+  const Outcome bad = run({{1, "", 1}, {1, "", 2}, {0, "", 3}}, {{1, false}}, false, 1);
+  EXPECT_EQ(bad.error, kHostByOrder);
+}
+
+TEST(ByCursor, CompareValues) {
+  EXPECT_LT(byCompareNum(skMissVal('_'), kMissing), 0);
+  EXPECT_LT(byCompareNum(kMissing, skMissVal('A')), 0);
+  EXPECT_LT(byCompareNum(skMissVal('A'), skMissVal('Z')), 0);
+  EXPECT_LT(byCompareNum(skMissVal('Z'), -1e308), 0);
+  EXPECT_EQ(byCompareNum(-0.0, 0.0), 0);
+  EXPECT_GT(byCompareNum(2.0, 1.0), 0);
+  EXPECT_EQ(byCompareText("ab", "ab   "), 0);
+  EXPECT_LT(byCompareText("ab", "abc"), 0);
+  EXPECT_LT(byCompareText("B", "a"), 0);  // byte order: upper case first
+  EXPECT_EQ(byCompareText("", "  "), 0);
+}
+
+// Through the host: a record out of order ends the step with rc 1012 and
+// the message; BY values reach an output by varPutCv.
+TEST(ByThroughHost, OrderErrorEndsTheStep) {
+  testing::TempDir dir;
+  dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\nNorth,4\n");
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.libs = {"d=" + dir.path()};
+  cfg.logFormat = LogFormat::Jsonl;
+  cfg.logStream = &log;
+  ProcessHost h(cfg);
+  ASSERT_EQ(h.init(), 0);
+  std::vector<double> seen;
+  const int rc = hostRunStep(h, [&] {
+    DsHandle in, out;
+    ASSERT_EQ(h.dsOpen("d.t", DsMode::Input, &in), 0);
+    const ByVar by[] = {{h.varFind(in, "region"), false}};
+    ASSERT_EQ(h.bySet(in, by, false), 0);
+    double x = 0, sum = 0;
+    ASSERT_EQ(h.varGetD(in, 2, &x), 0);
+    ASSERT_EQ(h.dsOpen("d.sums", DsMode::Output, &out), 0);
+    const int byvars[] = {1};
+    ASSERT_EQ(h.varPutCv(out, in, byvars), 0);
+    ASSERT_EQ(h.varPutD(out, VarInfo{"sum", "", VarType::Numeric, 8, ""}, &sum), 0);
+    ASSERT_EQ(h.varPutE(out), 0);
+    while (hostByNext(h, in) == 1) {
+      sum = 0;
+      while (hostByGet(h, in) == 1) {
+        h.rowGet(in);
+        sum += x;
+        seen.push_back(x);
+      }
+      h.rowPut(out);
+      h.dsAdd(out);
+    }
+    hostExit(h, 0);
+  });
+  EXPECT_EQ(rc, 1012);
+  EXPECT_EQ(seen, (std::vector<double>{1, 2, 3}));
+  const auto lines = testing::jsonLines(log.str());
+  ASSERT_GE(lines.size(), 1u);
+  EXPECT_EQ(lines[0].at("number"), 50);
+  EXPECT_EQ(lines[0].at("severity"), "ERROR");
+  EXPECT_EQ(lines[0].at("args")[2], "region");
+  EXPECT_EQ(lines[0].at("args")[3], 4);
+  EXPECT_EQ(lines[0].at("args")[4], "'North'");
+  EXPECT_FALSE(dir.exists("sums.csv"));  // rc 1012 discards the output
+
+  // Sorted data: one output row per group, the BY value copied.
+  dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\n");
+  const int rc2 = hostRunStep(h, [&] {
+    DsHandle in, out;
+    ASSERT_EQ(h.dsOpen("d.t", DsMode::Input, &in), 0);
+    const ByVar by[] = {{1, false}};
+    ASSERT_EQ(h.bySet(in, by, false), 0);
+    double x = 0, sum = 0;
+    h.varGetD(in, 2, &x);
+    ASSERT_EQ(h.dsOpen("d.sums", DsMode::Output, &out), 0);
+    const int byvars[] = {1};
+    h.varPutCv(out, in, byvars);
+    h.varPutD(out, VarInfo{"sum", "", VarType::Numeric, 8, ""}, &sum);
+    h.varPutE(out);
+    while (hostByNext(h, in) == 1) {
+      sum = 0;
+      while (hostByGet(h, in) == 1) {
+        h.rowGet(in);
+        sum += x;
+      }
+      h.rowPut(out);  // after the group's end: the BY value is still the group's
+      h.dsAdd(out);
+    }
+  });
+  EXPECT_EQ(rc2, 0);
+  EXPECT_EQ(dir.read("sums.csv"), "region,sum\nEast,3\nWest,3\n");
+}
+
+}  // namespace
+}  // namespace qvt
