@@ -52,8 +52,8 @@ struct FormatInfo {
   FormatKind kind;
   int defaultWidth;
   int minWidth;  // the shortest width that shows something other than stars
-  int maxWidth;  // widths above it are accepted and padded on the left
-  int maxDecimals;
+  int maxWidth;     // widths above it are accepted and padded on the left
+  int maxDecimals;  // the most decimals a statement should accept; 0 where they mean nothing
 };
 
 // Largest width and decimals that parseFormatSpec accepts.
@@ -72,7 +72,7 @@ inline constexpr int kFormatRange = -3;      // width or decimals beyond the lim
 // the width ("E8601DA10." is E8601DA with width 10). Surrounding blanks are
 // ignored; the name is upper-cased. 0 on success; on failure `out` is left
 // alone.
-int parseFormatSpec(std::string_view text, FormatSpec* out) noexcept;
+int parseFormatSpec(std::string_view text, FormatSpec* out);
 
 // The text of a format: "DATE9.", "BEST12.2", "DATE.", "BEST.2".
 std::string formatSpecText(const FormatSpec& spec);

@@ -37,8 +37,8 @@ struct Scientific {
 };
 Scientific scientific(const Decimal& d, int sig);
 
-// round(x * 10^nd), half away from zero, as a whole number; false when it
-// would not fit comfortably in 63 bits (|result| >= 9e18).
+// round(x * 10^nd), half away from zero, as a whole number; false when
+// |result| >= 9e17, which keeps later products by 10^k within 63 bits.
 bool roundScaled(double x, int nd, long long* out);
 
 // `text` right-aligned in `width` characters, or `width` stars when longer.

@@ -257,7 +257,7 @@ std::string renderFixedFamily(double x, int width, int decimals, bool commas) {
     if (static_cast<int>(t.size()) <= width) return fitRight(t, width);
     if (nd > 0) {
       const std::string u = fixedText(d, nd, false, commas);
-      if (static_cast<int>(u.size()) <= width && u[u.size() - 1] != '.' && u.find_first_of("123456789") != std::string::npos)
+      if (static_cast<int>(u.size()) <= width && u.find_first_of("123456789") != std::string::npos)
         return fitRight(u, width);
     }
   }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <system_error>
 
 #include "host/format_detail.hpp"
 #include "host/hostdate.hpp"
@@ -79,9 +80,9 @@ int clock(std::string_view t, std::size_t& i, int hourMin, long long* whole, dou
       ++i;
       while (i < t.size() && isDigit(t[i])) ++i;
       if (i == start + 1) return kReadSyntax;
-      // "0.fff" read as one correctly rounded double.
-      std::string f = "0" + std::string(t.substr(start, i - start));
-      std::from_chars(f.data(), f.data() + f.size(), *frac);
+      // ".fff" read as one correctly rounded double.
+      const auto r = std::from_chars(t.data() + start, t.data() + i, *frac);
+      if (r.ec != std::errc() || r.ptr != t.data() + i) return kReadSyntax;
     }
   }
   if (h > 23 || m > 59 || s > 59) return kReadField;

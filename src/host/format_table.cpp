@@ -118,7 +118,7 @@ int readBounded(std::string_view digits, int limit) {
 
 }  // namespace
 
-int parseFormatSpec(std::string_view text, FormatSpec* out) noexcept {
+int parseFormatSpec(std::string_view text, FormatSpec* out) {
   text = trim(text);
   if (text.empty()) return kFormatEmpty;
   std::size_t i = 0;
@@ -131,8 +131,7 @@ int parseFormatSpec(std::string_view text, FormatSpec* out) noexcept {
   while (nameEnd > nameStart && isDigit(text[nameEnd - 1])) --nameEnd;
   const std::string_view name = text.substr(nameStart, nameEnd - nameStart);
   const std::string_view widthText = text.substr(nameEnd, runEnd - nameEnd);
-  if (name.size() > 32 || (name.empty() && text[0] == '$')) return kFormatSyntax;
-  if (!name.empty() && isDigit(name[0])) return kFormatSyntax;  // cannot happen, kept as a guard
+  if (name.size() > 32 || (!name.empty() && isDigit(name[0]))) return kFormatSyntax;  // "8ABC." is no name
 
   std::string_view decText;
   bool point = false;
@@ -145,7 +144,9 @@ int parseFormatSpec(std::string_view text, FormatSpec* out) noexcept {
     decText = text.substr(ds, i - ds);
     if (i != text.size()) return kFormatSyntax;
   }
-  if (name.empty() && (widthText.empty() || !point)) return kFormatSyntax;  // "8" or ".2" alone
+  // "8", ".2" and "$" alone are not formats; "8.2" is F8.2 and "$10." the
+  // plain character format.
+  if (name.empty() && (widthText.empty() || !point)) return kFormatSyntax;
 
   int width = 0;
   if (!widthText.empty()) {

@@ -24,7 +24,7 @@ TEST(FormatSpec, ParsesNameWidthDecimals) {
       {"DATETIME20.", "DATETIME", 20, -1}, {"TIME8.", "TIME", 8, -1}, {"date9.", "DATE", 9, -1},
       {"  DATE9.  ", "DATE", 9, -1},   {"DATE", "DATE", 0, -1},       {"DATE.", "DATE", 0, -1},
       {"BEST.2", "BEST", 0, 2},        {"$CHAR10.", "$CHAR", 10, -1}, {"best12.0", "BEST", 12, 0},
-      {"YEAR4", "YEAR", 4, -1},
+      {"YEAR4", "YEAR", 4, -1},        {"$10.", "$", 10, -1},
   };
   for (const auto& r : rows) {
     FormatSpec s;
@@ -44,6 +44,7 @@ TEST(FormatSpec, RejectsMalformed) {
       {"", kFormatEmpty},        {"   ", kFormatEmpty},      {"8", kFormatSyntax},
       {".2", kFormatSyntax},     {"DATE9.x", kFormatSyntax}, {"DATE 9.", kFormatSyntax},
       {"DATE9..", kFormatSyntax}, {"F8.2.", kFormatSyntax},  {"$", kFormatSyntax},
+      {"$.", kFormatSyntax},     {"8ABC.", kFormatSyntax},
       {"D-ATE9.", kFormatSyntax}, {"DATE0.", kFormatRange},  {"DATE201.", kFormatRange},
       {"F8.32", kFormatRange},   {"F99999999999999999999.", kFormatRange},
       {"ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEFG9.", kFormatSyntax},  // 33-character name
