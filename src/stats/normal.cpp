@@ -76,6 +76,10 @@ double horner(const std::array<double, N>& c, double x) {
 }  // namespace
 
 void calerf(double x, double* result, int jint) noexcept {
+  if (std::isnan(x)) {  // a missing value stays missing
+    *result = kMissing;
+    return;
+  }
   const double y = std::fabs(x);
   double r = 0.0;
   if (y <= 0.46875) {
@@ -154,6 +158,7 @@ double zprbnrm(double x) noexcept {
   // For x > 0 the upper tail is small and 1 + erf keeps the absolute
   // accuracy that a probability near 1 can show; for x <= 0 erfc keeps the
   // relative accuracy of a small lower tail.
+  if (std::isnan(x)) return kMissing;
   if (x > 0.0) return 0.5 * (1.0 + zferf(x / kSqrt2));
   const double y = -x / kSqrt2;
   if (y <= 0.46875) return 0.5 * zferfc(y);

@@ -31,6 +31,7 @@ inline constexpr double kTwo53 = 9007199254740992.0;
 // W. J. Cody's rational Chebyshev approximation of the error function
 // (Math. Comp. 23, 1969; the CALERF routine of SPECFUN). jint 0 gives erf(x),
 // 1 gives erfc(x). Any other jint gives exp(x^2) erfc(x), the scaled form.
+// A missing (or NaN) x gives the missing value.
 void calerf(double x, double* result, int jint) noexcept;
 
 // erf(x) and erfc(x) through calerf.
@@ -38,7 +39,7 @@ double zferf(double x) noexcept;
 double zferfc(double x) noexcept;
 
 // Standard normal distribution function P(Z <= x); the lower tail keeps full
-// relative accuracy for negative x.
+// relative accuracy for negative x. Missing for a missing x.
 double zprbnrm(double x) noexcept;
 
 // Standard normal quantile for 0 <= p <= 1. p = 0 gives -37.64030867301702,

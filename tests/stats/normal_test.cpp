@@ -72,6 +72,12 @@ TEST(Calerf, Limits) {
   }
   // Just inside the underflow bound the tail is still there.
   EXPECT_GT(zferfc(26.6), 0.0);
+  // Missing stays missing, whatever the kind.
+  for (double m : {kMissing, skMissVal('A'), skMissVal('_')}) {
+    EXPECT_EQ(wzmis(zferf(m)), 1);
+    EXPECT_EQ(wzmis(zferfc(m)), 1);
+    EXPECT_EQ(wzmis(zprbnrm(m)), 1);
+  }
 }
 
 TEST(Normal, DistributionFunctionPublishedValues) {

@@ -131,6 +131,10 @@ TEST(Select, Failures) {
   EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &tooBig, &xj, nullptr, nullptr, 0, nullptr), -1);
   EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &tooSmall, &xj, nullptr, nullptr, 0, nullptr), -1);
   EXPECT_EQ(zqpsort(3, x.data(), nullptr, 2, desc, xj2, nullptr, nullptr, 0, nullptr), -1);
+  // A payload needs its scratch and its width.
+  std::vector<int> tag = {0, 1, 2};
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &ok, &xj, nullptr, tag.data(), 4, nullptr), -1);
+  EXPECT_EQ(zqpsort(3, x.data(), nullptr, 1, &ok, &xj, nullptr, tag.data(), 0, &xj), -1);
   std::vector<double> w = {0, 1e-13, 0};
   EXPECT_EQ(zqpsort(3, x.data(), w.data(), 1, &ok, &xj, nullptr, nullptr, 0, nullptr), -2);
   std::vector<double> neg = {-1, -2, kMissing};
