@@ -603,6 +603,12 @@ int esmtrystep(WINMODEL* model, const ESMKSET& ks, FITCON& fc, const POINT& cur,
 
 int esmestimate(WINMODEL* model, const ESMKSET& ks) noexcept {
   const int k = ks.k;
+  // The record must have been made for a model with this many weights.
+  const auto kk = static_cast<std::size_t>(k);
+  if (model == nullptr || k < 1 || k > 3 || model->pest.parms.size() < kk ||
+      model->pest.stderr_.size() < kk || model->pest.tvals.size() < kk ||
+      model->ts.misflg.size() < static_cast<std::size_t>(model->fitrange.start + model->fitrange.nobs))
+    return kEsmBadArg;
   FITCON fc;
   esmfitcon(model, fc);
   const int ns = model->ts.nseasons;

@@ -92,26 +92,26 @@ struct ESMKSET {
   const std::array<double, 3>* grid = nullptr;  // 20 rows: grid value of each coordinate
   // Derivative-free pass for the grid: s enters as the start values at the
   // end of the series and leaves as the final state; *mse as the kernel gives it.
-  int (*smo)(const FITCON& fc, const double* w, int nseasons, SMOOTHVALS& s, double* mse);
+  int (*smo)(const FITCON& fc, const double* w, int nseasons, SMOOTHVALS& s, double* mse) = nullptr;
   // The model's one-step prediction from state s for season code `season`:
   // what the derivative pass feeds in for a flagged observation.
-  double (*predict)(const double* w, const SMOOTHVALS& s, int season);
+  double (*predict)(const double* w, const SMOOTHVALS& s, int season) = nullptr;
   // Point step then derivative step on x (state s and derivatives d updated):
   // dervec receives the k derivatives of the prediction, *e the error.
   int (*step)(double x, double xscale, const double* w, int season, SMOOTHVALS& s, WINT_DER& d,
-              double* dervec, double* e);
+              double* dervec, double* e) = nullptr;
   // The turn at the end of the backward half (re-centring, trend reversal);
   // null when the model has none.
-  void (*turn)(const double* w, int nseasons, SMOOTHVALS& s, WINT_DER& d);
+  void (*turn)(const double* w, int nseasons, SMOOTHVALS& s, WINT_DER& d) = nullptr;
   // Stability test: 1 stable. Null when the model has none.
-  int (*stb)(const double* w);
+  int (*stb)(const double* w) = nullptr;
   // Numeric derivatives of the mean squared error for each weight (the
   // derivative check); null when not offered.
   int (*npd)(const FITCON& fc, const double* w, int nseasons, const SMOOTHVALS& start,
-             double delta, int relative, double* pder);
+             double delta, int relative, double* pder) = nullptr;
   // Standard errors and t values from half the inverse's diagonal.
   void (*std)(const double* xpxdiag, double mse, long nobs, int nseasons, const double* parms,
-              double* stderr_, double* tvals);
+              double* stderr_, double* tvals) = nullptr;
   int dfparms = 0;           // pest.mse = mse nobs / (nobs - dfparms) when nobs > dfparms
   char gradByNobs = 0;       // the gradient divides by nobs instead of n
   char weightGuard = 0;      // the pass divides by the first weight: -9 when it is tiny

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 namespace qvt {
 
@@ -30,16 +31,28 @@ inline constexpr EsmGridColumn kGridSeasonWinters = {0.2, 0.4, 0.4, 0.2, 0.2, 0.
                                                      0.4, 0.4, 0.4, 0.6, 0.2, 0.2, 0.2,
                                                      0.2, 0.8, 0.6, 0.4, 0.4, 0.6};
 
-// Lays columns side by side into the rows the estimator reads.
-constexpr std::array<std::array<double, 3>, 20> esmGridRows(const EsmGridColumn& c0,
-                                                            const EsmGridColumn* c1 = nullptr,
-                                                            const EsmGridColumn* c2 = nullptr) {
-  std::array<std::array<double, 3>, 20> rows{};
-  for (std::size_t i = 0; i < 20; ++i) {
-    rows[i][0] = c0[i];
-    rows[i][1] = c1 != nullptr ? (*c1)[i] : 0.0;
-    rows[i][2] = c2 != nullptr ? (*c2)[i] : 0.0;
-  }
+// Lays columns side by side into the rows the estimator reads; a model
+// with fewer than three weights leaves the other entries 0. (Overloads, not
+// null defaults: comparing the address of a constant with null is not a
+// constant expression for every compiler.)
+using EsmGridRows = std::array<std::array<double, 3>, 20>;
+
+constexpr EsmGridRows esmGridRows(const EsmGridColumn& c0) {
+  EsmGridRows rows{};
+  for (std::size_t i = 0; i < 20; ++i) rows[i] = {c0[i], 0.0, 0.0};
+  return rows;
+}
+
+constexpr EsmGridRows esmGridRows(const EsmGridColumn& c0, const EsmGridColumn* c1) {
+  EsmGridRows rows{};
+  for (std::size_t i = 0; i < 20; ++i) rows[i] = {c0[i], (*c1)[i], 0.0};
+  return rows;
+}
+
+constexpr EsmGridRows esmGridRows(const EsmGridColumn& c0, const EsmGridColumn* c1,
+                                  const EsmGridColumn* c2) {
+  EsmGridRows rows{};
+  for (std::size_t i = 0; i < 20; ++i) rows[i] = {c0[i], (*c1)[i], (*c2)[i]};
   return rows;
 }
 
