@@ -7,6 +7,7 @@ namespace qvt {
 const ESMMODELSET* esmmodelset(int method) noexcept {
   switch (method) {
     case kEsmSimple: return &kEsmSimpleSet;
+    case kEsmLinear: return &kEsmLinearSet;
     default: return nullptr;
   }
 }

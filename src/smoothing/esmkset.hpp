@@ -45,4 +45,32 @@ int nes1fit(WINMODEL* model) noexcept;
 extern const ESMMODELSET kEsmSimpleSet;
 extern const ESMKSET kEs1Kernels;
 
+// Estimators of the trend and seasonal members: 0, 90, -8 or -100; -999
+// for a null record. nwinfit serves both Winters forms through
+// model->additive.
+int nes2fit(WINMODEL* model) noexcept;
+int nes3fit(WINMODEL* model) noexcept;
+int nesdfit(WINMODEL* model) noexcept;
+int nessfit(WINMODEL* model) noexcept;
+int nesifit(WINMODEL* model) noexcept;
+int nwinfit(WINMODEL* model) noexcept;
+
+// Linear (Holt), damped-trend (Gardner), double (Brown) smoothing.
+extern const ESMMODELSET kEsmLinearSet;
+extern const ESMKSET kEs2Kernels;
+extern const ESMMODELSET kEsmDampTrendSet;
+extern const ESMKSET kEs3Kernels;
+extern const ESMMODELSET kEsmDoubleSet;
+extern const ESMKSET kEsdKernels;
+// Additive and multiplicative seasonal smoothing, Winters additive and
+// multiplicative (one kernel set, the form chosen by the additive flag).
+extern const ESMMODELSET kEsmSeasonalSet;
+extern const ESMKSET kEssKernels;
+extern const ESMMODELSET kEsmMultSeasonalSet;
+extern const ESMKSET kEsiKernels;
+extern const ESMMODELSET kEsmAddWintersSet;
+extern const ESMMODELSET kEsmWintersSet;
+extern const ESMKSET kWinAddKernels;
+extern const ESMKSET kWinMultKernels;
+
 }  // namespace qvt

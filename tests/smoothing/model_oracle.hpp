@@ -1,0 +1,208 @@
+// Independent oracles for the trend and seasonal smoothing models: the
+// recursions written here from their published forms (error-correction
+// form of Holt 1957 and Gardner 1985, Brown's 1963 two smoothed series,
+// Winters 1960), not by calling the kernels; simulators of each model;
+// and ordinary least squares solved by Gaussian elimination.
+#pragma once
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "smoothing/esmtypes.hpp"
+
+namespace qvt::oracle {
+
+struct State {
+  double L = 0;
+  double T = 0;
+  std::vector<double> S;
+};
+
+// One step of the model on x (season sc); returns the one-step prediction.
+// A flagged observation advances the state with no new information.
+inline double step(int method, const double* w, State& s, double x, int sc, bool flagged) {
+  const double om = w[0];
+  switch (method) {
+    case kEsmLinear: {
+      const double g = w[1];
+      const double pred = s.L + s.T;
+      const double a = flagged ? 0.0 : x - pred;
+      s.L = s.L + s.T + om * a;
+      s.T = s.T + om * g * a;
+      return pred;
+    }
+    case kEsmDampTrend: {
+      const double g = w[1], phi = w[2];
+      const double pred = s.L + phi * s.T;
+      const double a = flagged ? 0.0 : x - pred;
+      s.L = s.L + phi * s.T + om * a;
+      s.T = phi * s.T + om * g * a;
+      return pred;
+    }
+    case kEsmDouble: {
+      // Brown: S1 = a x + (1-a) S1, S2 = a S1 + (1-a) S2; forecast
+      // 2 S1 - S2 + a/(1-a) (S1 - S2) one step ahead. The pair (L, T) is
+      // (S1, a/(1-a) (S1 - S2)).
+      const double s1 = s.L;
+      const double s2 = s.L - s.T * (1 - om) / om;
+      const double pred = 2 * s1 - s2 + om / (1 - om) * (s1 - s2);
+      const double xx = flagged ? pred : x;
+      const double n1 = om * xx + (1 - om) * s1;
+      const double n2 = om * n1 + (1 - om) * s2;
+      s.L = n1;
+      s.T = om / (1 - om) * (n1 - n2);
+      return pred;
+    }
+    case kEsmSeasonal: {
+      const double dl = w[1];
+      double& f = s.S[static_cast<std::size_t>(sc)];
+      const double pred = s.L + f;
+      const double a = flagged ? 0.0 : x - pred;
+      s.L += om * a;
+      f += dl * (1 - om) * a;
+      return pred;
+    }
+    case kEsmAddWinters: {
+      const double g = w[1], dl = w[2];
+      double& f = s.S[static_cast<std::size_t>(sc)];
+      const double pred = s.L + s.T + f;
+      const double a = flagged ? 0.0 : x - pred;
+      s.L = s.L + s.T + om * a;
+      s.T += om * g * a;
+      f += dl * (1 - om) * a;
+      return pred;
+    }
+    case kEsmMultSeasonal: {
+      const double dl = w[1];
+      double& f = s.S[static_cast<std::size_t>(sc)];
+      const double pred = s.L * f;
+      if (flagged) return pred;
+      const double L1 = om * x / f + (1 - om) * s.L;
+      f = dl * x / L1 + (1 - dl) * f;
+      s.L = L1;
+      return pred;
+    }
+    case kEsmWinters: {
+      const double g = w[1], dl = w[2];
+      double& f = s.S[static_cast<std::size_t>(sc)];
+      const double pred = (s.L + s.T) * f;
+      if (flagged) {
+        s.L += s.T;
+        return pred;
+      }
+      const double L1 = om * x / f + (1 - om) * (s.L + s.T);
+      s.T = g * (L1 - s.L) + (1 - g) * s.T;
+      f = dl * x / L1 + (1 - dl) * f;
+      s.L = L1;
+      return pred;
+    }
+    default: return 0;
+  }
+}
+
+// The turn at the end of the backward half: one more step with no data
+// (to the period before the first observation), and the trend reversed.
+inline void turn(int method, const double* w, State& s) {
+  switch (method) {
+    case kEsmLinear:
+    case kEsmDouble:
+    case kEsmAddWinters:
+    case kEsmWinters:
+      s.L += s.T;
+      s.T = -s.T;
+      break;
+    case kEsmDampTrend:
+      s.L += w[2] * s.T;
+      s.T = -w[2] * s.T;
+      break;
+    default: break;
+  }
+}
+
+struct Pass {
+  std::vector<double> pred;  // forward one-step predictions
+  double ss = 0;
+  long nobs = 0;
+  State start;  // after the turn
+  State final;
+};
+
+// Backward over the series from the start values, the turn, then forward.
+inline Pass pass(int method, const double* w, const std::vector<double>& x,
+                 const std::vector<char>& flag, const std::vector<int>& sc, State s) {
+  Pass p;
+  const long n = static_cast<long>(x.size());
+  auto code = [&](long t) { return sc.empty() ? 0 : sc[static_cast<std::size_t>(t)]; };
+  for (long t = n - 1; t >= 0; --t) step(method, w, s, x[t], code(t), flag[t] != 0);
+  turn(method, w, s);
+  p.start = s;
+  for (long t = 0; t < n; ++t) {
+    const bool f = flag[t] != 0;
+    const double pr = step(method, w, s, x[t], code(t), f);
+    p.pred.push_back(pr);
+    if (!f) {
+      p.ss += (x[t] - pr) * (x[t] - pr);
+      ++p.nobs;
+    }
+  }
+  p.final = s;
+  return p;
+}
+
+// Season codes 1..s repeating, as codes 0..s-1 starting at first.
+inline std::vector<int> codes(std::size_t n, int ns, int first = 0) {
+  std::vector<int> c(n);
+  for (std::size_t t = 0; t < n; ++t) c[t] = static_cast<int>((static_cast<int>(t) + first) % ns);
+  return c;
+}
+
+// Simulates the innovations form of a model: each observation is the
+// one-step prediction plus noise, and the state takes the recursion.
+inline std::vector<double> simulate(int method, const double* w, std::size_t n, unsigned seed,
+                                    State s, int ns, double sigma) {
+  std::mt19937_64 gen(seed);
+  std::normal_distribution<double> nd(0.0, sigma);
+  std::vector<double> y;
+  for (std::size_t t = 0; t < n; ++t) {
+    const int sc = ns > 0 ? static_cast<int>(t % static_cast<std::size_t>(ns)) : 0;
+    State probe = s;
+    const double pred = step(method, w, probe, 0.0, sc, true);
+    const double e = nd(gen);
+    // Multiplicative forms take relative noise so that values stay positive.
+    const double v = (method == kEsmWinters || method == kEsmMultSeasonal) ? pred * (1 + e)
+                                                                           : pred + e;
+    step(method, w, s, v, sc, false);
+    y.push_back(v);
+  }
+  return y;
+}
+
+// Least squares by the normal equations, solved by Gaussian elimination
+// with partial pivoting. X is row-major with p columns.
+inline std::vector<double> ols(const std::vector<std::vector<double>>& X,
+                               const std::vector<double>& y) {
+  const std::size_t p = X.front().size();
+  std::vector<std::vector<double>> a(p, std::vector<double>(p + 1, 0.0));
+  for (std::size_t r = 0; r < X.size(); ++r)
+    for (std::size_t i = 0; i < p; ++i) {
+      for (std::size_t j = 0; j < p; ++j) a[i][j] += X[r][i] * X[r][j];
+      a[i][p] += X[r][i] * y[r];
+    }
+  for (std::size_t c = 0; c < p; ++c) {
+    std::size_t piv = c;
+    for (std::size_t r = c + 1; r < p; ++r)
+      if (std::fabs(a[r][c]) > std::fabs(a[piv][c])) piv = r;
+    std::swap(a[c], a[piv]);
+    for (std::size_t r = 0; r < p; ++r) {
+      if (r == c) continue;
+      const double f = a[r][c] / a[c][c];
+      for (std::size_t j = c; j <= p; ++j) a[r][j] -= f * a[c][j];
+    }
+  }
+  std::vector<double> b(p);
+  for (std::size_t i = 0; i < p; ++i) b[i] = a[i][p] / a[i][i];
+  return b;
+}
+
+}  // namespace qvt::oracle
