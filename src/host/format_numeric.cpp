@@ -93,7 +93,14 @@ std::string exponentText(int e, bool compact) {
 // significant digits, up to maxSig, that fit `room` characters; trailing
 // zeros of the mantissa are dropped. Empty when none fits.
 std::string eText(const Decimal& d, int room, bool compact, int maxSig) {
-  for (int sig = maxSig; sig >= 1; --sig) {
+  // Start from the most digits the room allows around the unrounded
+  // exponent; rounding can lengthen the exponent by a digit (9.99E9 ->
+  // 1E10), hence the loop.
+  const int fixedChars = (d.neg ? 1 : 0) + static_cast<int>(exponentText(d.digits.empty() ? 0 : d.exp - 1, compact).size());
+  const int mantissaRoom = room - fixedChars;
+  int start = mantissaRoom >= 3 ? mantissaRoom - 1 : 1;
+  start = std::min(start, maxSig);
+  for (int sig = start; sig >= 1; --sig) {
     Scientific s = scientific(d, sig);
     s.mantissa = trimFraction(s.mantissa);
     const std::string t = (s.neg ? "-" : "") + s.mantissa + exponentText(s.exponent, compact);

@@ -292,31 +292,33 @@ std::string hms(const Clock& c, int parts) {
 }
 
 std::string renderDatetime(double x, Family f, int width, int decimals) {
-  std::vector<std::string> forms;
   Clock c;
   const bool iso = f == Family::E8601dt;
   auto datePart = [&](bool longYear) {
     if (iso) return yyyy(c.day.y) + "-" + pad(c.day.m, 2) + "-" + pad(c.day.d, 2) + "T";
     return pad(c.day.d, 2) + kMonthAbbr[c.day.m - 1] + (longYear ? yyyy(c.day.y) : yy(c.day.y)) + ":";
   };
-  for (int nd = decimals; nd >= 1; --nd) {
+  // The forms in order of preference; the first that fits is the result.
+  std::string out;
+  auto fits = [&](const std::string& form) {
+    if (static_cast<int>(form.size()) > width) return false;
+    out = fitRight(form, width);
+    return true;
+  };
+  for (int nd = std::max(decimals, 0); nd >= 0; --nd) {
     if (!toClock(x, 1.0, nd, &c)) return stars(width);
-    forms.push_back(datePart(true) + hms(c, 3));
-    if (!iso) forms.push_back(datePart(false) + hms(c, 3));
+    if (fits(datePart(true) + hms(c, 3))) return out;
+    if (!iso && fits(datePart(false) + hms(c, 3))) return out;
   }
-  if (!toClock(x, 1.0, 0, &c)) return stars(width);
-  forms.push_back(datePart(true) + hms(c, 3));
-  if (!iso) forms.push_back(datePart(false) + hms(c, 3));
   if (!toClock(x, 60.0, 0, &c)) return stars(width);
-  forms.push_back(iso ? datePart(true) + hms(c, 2) : datePart(false) + hms(c, 2));
-  if (!iso) {
-    if (!toClock(x, 3600.0, 0, &c)) return stars(width);
-    forms.push_back(datePart(false) + hms(c, 1));
-    Day t;
-    if (!datetimeDay(x, &t)) return stars(width);
-    forms.push_back(pad(t.d, 2) + kMonthAbbr[t.m - 1] + yy(t.y));
-  }
-  return pick(forms, width);
+  if (fits(datePart(iso) + hms(c, 2))) return out;
+  if (iso) return stars(width);
+  if (!toClock(x, 3600.0, 0, &c)) return stars(width);
+  if (fits(datePart(false) + hms(c, 1))) return out;
+  Day t;
+  if (!datetimeDay(x, &t)) return stars(width);
+  if (fits(pad(t.d, 2) + kMonthAbbr[t.m - 1] + yy(t.y))) return out;
+  return stars(width);
 }
 
 // TIME, HHMM, MMSS, HOUR, TOD, E8601TM.
