@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "calendar/zintcycle.hpp"
 #include "run/missing.hpp"
 #include "smoothing/esmkset.hpp"
 #include "stats/numeric.hpp"
@@ -93,6 +94,20 @@ int startValues(WINMODEL& m, const ESMMODELSET& set) noexcept {
                  m.additive, m.svi);
 }
 
+// Season codes of n periods from stdate. Without a time ID (a cleared
+// interval) the grid counts observations and the cycle runs strictly from
+// the first one. 0, or -999 when the calendar can't code the grid.
+int seasonCodes(const INTERVAL& intv, double stdate, int scode53, long n, int ns,
+                int* scodes) noexcept {
+  if (intv.intcode == kIntNone) {
+    for (long t = 0; t < n; ++t) scodes[t] = static_cast<int>(t % ns);
+    return kEsmOk;
+  }
+  int count = ns;
+  const int rc = zintscd(intv, stdate, scode53, n, scodes, &count);
+  return rc < 0 ? kEsmBadArg : kEsmOk;
+}
+
 void copyState(const SMOOTHVALS& from, SMOOTHVALS& to) {
   to.level = from.level;
   to.trend = from.trend;
@@ -103,19 +118,23 @@ void copyState(const SMOOTHVALS& from, SMOOTHVALS& to) {
 }  // namespace
 
 int esmint(const double* y, long nobs, const INTERVAL* intv, double stdate, int nseason,
-           int /*scode53*/, int method, long nbackcast, WINMODEL** esm) noexcept {
+           int scode53, int method, long nbackcast, WINMODEL** esm) noexcept {
   if (esm == nullptr) return kEsmBadArg;
   *esm = nullptr;
   const ESMMODELSET* set = esmmodelset(method);
   if (y == nullptr || nobs < 1 || set == nullptr) return kEsmBadArg;
 
-  // Seasonal members bring their cycle; the non-seasonal ones keep no
-  // factors. The method table holds no seasonal member yet, so a seasonal
-  // code has already been refused above.
+  // Seasonal members need a cycle of at least 2 seasons: given, or the
+  // interval's own when nseason is negative. The non-seasonal ones keep no
+  // factors.
   int ns = 0;
   if (set->seasonal) {
-    if (nseason < 2) return kEsmBadArg;
     ns = nseason;
+    if (ns < 0) {
+      INTERVAL sintv{};
+      if (intv == nullptr || zintsea(intv, stdate, &sintv, &ns) != 0) return kEsmBadArg;
+    }
+    if (ns < 2) return kEsmBadArg;
   }
 
   std::unique_ptr<WINMODEL> m;
@@ -180,6 +199,11 @@ int esmint(const double* y, long nobs, const INTERVAL* intv, double stdate, int 
   if (method == kEsmWinters && s.min < kEsmTiny) return kEsmNonPositive;
 
   if (intv != nullptr) m->ts.interval = *intv;
+  if (ns > 1) {
+    if (const int rc = seasonCodes(m->ts.interval, stdate, scode53, nobs, ns, m->ts.scodes.data());
+        rc < 0)
+      return rc;
+  }
   m->ts.nstart = m->ts.scodes.empty() ? 0 : m->ts.scodes[0];
   m->spec.nbackcast = nbackcast;
 
@@ -219,18 +243,21 @@ int esmfit(WINMODEL* esm) noexcept {
   return rc;
 }
 
-int esmprd(WINMODEL* esm, const double* x, long n, double stdate, int /*scode53*/, double alpha,
+int esmprd(WINMODEL* esm, const double* x, long n, double stdate, int scode53, double alpha,
            int lead, FOR_OUT* out) noexcept {
   if (esm == nullptr || x == nullptr || n < 1 || lead < 0) return kEsmBadArg;
   const ESMMODELSET* set = esmmodelset(esm->spec.code);
   if (set == nullptr) return kEsmBadArg;
 
+  const int ns = esm->ts.nseasons;
   std::vector<double> rows;
   std::vector<char> misflg;
+  std::vector<int> scodes;
   SMOOTHVALS state;
   try {
     rows.assign(static_cast<std::size_t>(n + lead) * static_cast<std::size_t>(set->rowlen), 0.0);
     misflg.assign(static_cast<std::size_t>(n), 0);
+    if (ns >= 2) scodes.assign(static_cast<std::size_t>(n), 0);
     state.sfactor.reserve(esm->svi.sfactor.size());
   } catch (const std::bad_alloc&) {
     return kEsmNoMem;
@@ -239,6 +266,10 @@ int esmprd(WINMODEL* esm, const double* x, long n, double stdate, int /*scode53*
   const SeriesScan s = get_stats(x, n, misflg.data());
   if (esm->spec.code == kEsmWinters && s.min < kEsmTiny) return kEsmNonPositive;
   if (n - s.nflag < 2) return kEsmTooFew;
+  if (ns > 1) {
+    if (const int rc = seasonCodes(esm->ts.interval, stdate, scode53, n, ns, scodes.data()); rc < 0)
+      return rc;
+  }
 
   // A series that starts where the fit started goes on from the state that
   // the last backward pass of the estimator left; any other backcasts anew.
@@ -262,7 +293,8 @@ int esmprd(WINMODEL* esm, const double* x, long n, double stdate, int /*scode53*
 
   const double xscale = std::max(std::fabs(s.min), std::fabs(s.max));
   double mse = kMissing;
-  const int rc = set->prd(x, misflg.data(), nullptr, xscale, n, w, esm->additive, state, 0, n - 1,
+  const int rc = set->prd(x, misflg.data(), scodes.empty() ? nullptr : scodes.data(), xscale, n, w,
+                          esm->additive, state, 0, n - 1,
                           lead, esm->pest.mse, alpha, startflg, &mse, rows.data());
   if (rc == 0 && out != nullptr) {
     out->n = n + lead;
