@@ -82,7 +82,9 @@ constexpr int calendarOf(int code) noexcept {
 }
 
 // The working week of a WEEKDAY interval, with the cumulative count of
-// working days over the days that follow a Friday (Saturday first).
+// working days over the days that follow a Friday (Saturday first). The
+// weekend array decides; nweekday is derived from it, so a record whose two
+// fields disagree can't walk off the week.
 struct WorkWeek {
   bool work[7] = {};  // by the Sunday-first index
   int nweekday = 0;

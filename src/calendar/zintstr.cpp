@@ -315,8 +315,10 @@ int zinti2s(tchar* str, int* len, const INTERVAL* istr) noexcept {
       while (k > 0) buf[n++] = digits[--k];
     };
     if (week || mult != 1) append(mult);
-    if (week || mult != 1 || istr->shiftper != 0) buf[n++] = '.';
-    if (istr->shiftper != 0) append(static_cast<long>(istr->shiftper) + 1);
+    // Parsing never stores a negative shift; a hand-made one prints as none.
+    const bool shifted = istr->shiftper > 0;
+    if (week || mult != 1 || shifted) buf[n++] = '.';
+    if (shifted) append(static_cast<long>(istr->shiftper) + 1);
   }
   if (*len < n + 1) return 101;
   std::copy(buf, buf + n, str);

@@ -1,0 +1,98 @@
+// Robustness: random texts and random (hand-made, inconsistent) interval
+// records must give result codes and missing values, never undefined
+// behaviour. Run under the sanitizers; the assertions check that every
+// answer is one the interface allows.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "calendar/interval.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+namespace {
+
+bool allowedParseResult(int rc) {
+  return rc == 0 || rc == 1 || rc == 2 || rc == 101 || rc == 102 || rc == 103;
+}
+
+TEST(IntervalFuzz, RandomTextsParseOrFailCleanly) {
+  std::mt19937 rng(20260101);
+  const std::string alphabet = "MONTHWEEKDAYRQ4517.0T9xSVIB ";
+  std::uniform_int_distribution<int> lenDist(0, 24);
+  std::uniform_int_distribution<int> chDist(0, static_cast<int>(alphabet.size()) - 1);
+  int parsed = 0;
+  for (int trial = 0; trial < 20000; ++trial) {
+    std::string s;
+    // Half the texts start with a real name, so that tails get exercised.
+    if (trial % 2 == 0) s = (trial % 4 == 0) ? "WEEKDAY" : "MONTH";
+    const int len = lenDist(rng);
+    while (static_cast<int>(s.size()) < len) s += alphabet[static_cast<std::size_t>(chDist(rng))];
+    INTERVAL i;
+    const int rc = zintstr(s.data(), static_cast<int>(s.size()), &i);
+    ASSERT_TRUE(allowedParseResult(rc)) << '"' << s << "\" gave " << rc;
+    if (s.empty() || s.size() > 21) {
+      ASSERT_EQ(rc, 101) << s;
+    }
+    if (rc != 0) continue;
+    ++parsed;
+    ASSERT_GE(i.intper, 1) << s;
+    ASSERT_GE(i.shiftper, 0) << s;
+    char buf[64];
+    int blen = sizeof buf;
+    ASSERT_EQ(zinti2s(buf, &blen, &i), 0) << s;
+    // A canonical text may outgrow a token ("TSEMIMON..." -> "DTSEMIMONTH...").
+    if (blen > kIntTokenMax) continue;
+    INTERVAL j;
+    ASSERT_EQ(zintstr(buf, blen, &j), 0) << s << " -> " << buf;
+    ASSERT_EQ(i.intcode, j.intcode) << s;
+    ASSERT_EQ(i.intper, j.intper) << s;
+    ASSERT_EQ(i.shiftper, j.shiftper) << s;
+  }
+  EXPECT_GT(parsed, 100);  // the generator does reach valid texts
+}
+
+TEST(IntervalFuzz, InconsistentRecordsGiveMissingOrNumbers) {
+  std::mt19937 rng(7);
+  const int codes[] = {0, 1, 10, 15, 20, 25, 27, 28, 30, 31, 35, 40, 45, 46, 47, 48, 50, 51,
+                       52, 53, 55, 60, 61, 62, 63, 64, 65, 3, 99, -3};
+  const char units[] = {'u', 'o', 'd', 's', 0, 'x'};
+  const int pers[] = {INT_MIN, -1, 0, 1, 2, 7, 53, 1000, INT_MAX};
+  const double xs[] = {0, -138061, 6589335, 1e9, -1e9, 12345.678, 4e10, -4e10, 1e152, -0.5};
+  const double ns[] = {0, 1, -1, 1e6, -1e6, 9e15, -9e15, 0.5};
+  std::uniform_int_distribution<int> pick(0, 1 << 20);
+  for (int trial = 0; trial < 20000; ++trial) {
+    INTERVAL r;
+    r.intcode = static_cast<char>(codes[pick(rng) % std::size(codes)]);
+    r.units = units[pick(rng) % std::size(units)];
+    r.intper = pers[pick(rng) % std::size(pers)];
+    r.shiftper = pers[pick(rng) % std::size(pers)];
+    for (char& w : r.weekend) w = static_cast<char>(pick(rng) % 3 == 0);
+    r.nweekday = static_cast<char>(pick(rng) % 9);
+    r.tokenlen = static_cast<short>(pick(rng) % 40 - 5);
+    std::memset(r.token, '7', sizeof r.token);
+    const double x = xs[pick(rng) % std::size(xs)];
+    const double x2 = xs[pick(rng) % std::size(xs)];
+    const double n = ns[pick(rng) % std::size(ns)];
+    for (double v : {zintck2(r, x, x2), zintnx2(r, x, n)}) ASSERT_FALSE(std::isnan(v) && !wzmis(v));
+    for (const char* a : {"B", "E", "M", "S"}) {
+      const double v = zintnx3(r, x, n, a, nullptr);
+      ASSERT_FALSE(std::isnan(v) && !wzmis(v));
+    }
+    char buf[64];
+    int blen = sizeof buf;
+    const int rc = zinti2s(buf, &blen, &r);
+    ASSERT_TRUE(rc == 0 || rc == 101);
+    INTERVAL s;
+    const int rs = zintshft(r, &s);
+    ASSERT_TRUE(rs == 0 || rs == 2);
+  }
+}
+
+}  // namespace
+}  // namespace qvt
