@@ -9,6 +9,7 @@
 
 #include "calendar/interval.hpp"
 #include "calendar/zidate.hpp"
+#include "host/hostdate.hpp"
 #include "run/missing.hpp"
 
 namespace qvt::cycle {
@@ -62,6 +63,13 @@ inline double toDay(char units, double x) noexcept {
 inline double fromDay(char units, double d) noexcept {
   if (wzmis(d)) return d;
   return units == 's' ? d * kSecondsPerDay : d;
+}
+
+// A day computed here from week dates stays inside the calendar's range, as
+// the results of counting and stepping do; anything beyond it is missing.
+inline double inCalendar(double day) noexcept {
+  if (wzmis(day) || !(day >= kFirstDate && day <= kLastDate)) return kMissing;
+  return day;
 }
 
 // Weeks of a Sunday-based week year (52 or 53), or 0 where it can't be said.

@@ -55,7 +55,7 @@ double sundayYearStart(int year, bool fold) noexcept {
   double ds = ziddywds(year, 1, 1);
   if (wzmis(ds)) return ds;
   if (fold && cycle::weeksInSundayYear(year - 1) > 52) ds -= 7;
-  return ds;
+  return cycle::inCalendar(ds);
 }
 
 // Largest number of years a step may move: the calendar spans about 18400
@@ -74,19 +74,19 @@ double zintyrse(double date0, int* year, double* ds1) noexcept {
   const double gy = hostYear(date0);
   if (wzmis(gy)) return kMissing;
   int y = static_cast<int>(gy);
-  double ds0 = ziddywds(y, 1, 1);
+  double ds0 = cycle::inCalendar(ziddywds(y, 1, 1));
   double next = 0;
   if (wzmis(ds0)) return kMissing;
   if (date0 < ds0) {
     next = ds0;
     --y;
-    ds0 = ziddywds(y, 1, 1);
+    ds0 = cycle::inCalendar(ziddywds(y, 1, 1));
   } else {
-    next = ziddywds(y + 1, 1, 1);
+    next = cycle::inCalendar(ziddywds(y + 1, 1, 1));
     if (!wzmis(next) && date0 >= next) {
       ds0 = next;
       ++y;
-      next = ziddywds(y + 1, 1, 1);
+      next = cycle::inCalendar(ziddywds(y + 1, 1, 1));
     }
   }
   if (wzmis(ds0)) return kMissing;
@@ -116,7 +116,7 @@ double zintnx_seas(const INTERVALX* intervalx, double date0, double n,
       if (std::fabs(cyc) > kMaxYearStep) return kMissing;
       const int target = static_cast<int>(y + cyc);
       if (r != 0) {
-        const double ds = ziddywds(target, 1, 1);
+        const double ds = cycle::inCalendar(ziddywds(target, 1, 1));
         if (wzmis(ds)) return kMissing;
         return zintnx3(x, fromDay(units, ds), r, "S", nullptr);
       }

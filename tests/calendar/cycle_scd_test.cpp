@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "calendar/interval.hpp"
+#include "calendar/zfmt.hpp"
 #include "calendar/zintcycle.hpp"
 #include "host/hostdate.hpp"
 #include "run/missing.hpp"
@@ -474,6 +476,68 @@ TEST(CycleScy, ExtraWeekSplitAcrossTheNewYear) {
   // Degenerate sizes write nothing.
   zintscy(parse("WEEK"), 0, 0, 1, 0, row.data(), nullptr);
   zintscy(parse("WEEK"), 0, 0, 0, 0, nullptr, nullptr);
+}
+
+}  // namespace
+}  // namespace qvt
+
+namespace qvt {
+namespace {
+
+// Every family at the calendar's edges and at values that aren't dates:
+// codes stay in 0 .. ns - 1 (or are scode), steps are missing or inside the
+// calendar, and nothing reads or writes out of bounds.
+TEST(CycleRobust, EdgesAndNonDates) {
+  const char* intervals[] = {"SECOND", "MINUTE5", "HOUR", "DTHOUR3", "DAY", "DTDAY", "WEEKDAY",
+                             "WEEKDAY1W3", "WEEK", "WEEK2", "DTWEEK", "WEEKV", "WEEK13.84",
+                             "TENDAY", "SEMIMONTH", "MONTH", "MONTH5", "DTMONTH", "R445MON",
+                             "R454QTR", "R544YR", "QTR", "SEMIYEAR", "YEAR", "YEAR3.4", "YEARV",
+                             "OBS", "OBS3"};
+  const double inf = std::numeric_limits<double>::infinity();
+  const double values[] = {kFirstDate, kLastDate, kLastDate - 3, 0, -1, kFirstDate * 86400.0,
+                           kLastDate * 86400.0, 1e300, -1e300, inf, -inf,
+                           std::numeric_limits<double>::quiet_NaN(), kMissing, skMissVal('M')};
+  for (const char* text : intervals) {
+    INTERVAL i;
+    ASSERT_EQ(zintstr(text, -1, &i), 0) << text;
+    const INTERVALX x = zintwiden(i);
+    for (double v : values) {
+      INTERVAL s;
+      int ns = 0;
+      const int rc = zintsea(&i, v, &s, &ns);
+      EXPECT_TRUE(rc == 0 || rc == 1) << text << " " << v;
+      for (int scode : {0, -1, 5}) {
+        int codes[6] = {-7, -7, -7, -7, -7, -7};
+        int want = 4;
+        const int r = zintscd(i, v, scode, 5, codes, &want);
+        EXPECT_TRUE(r == 0 || r == 1 || r == -1) << text << " " << v;
+        for (int t = 0; t < 5; ++t) {
+          const int c = codes[t];
+          EXPECT_TRUE((c >= 0 && c < want) || c == scode) << text << " " << v << " code " << c;
+        }
+        EXPECT_EQ(codes[5], -7) << text;
+      }
+      for (double n : {0.0, 1.0, -1.0, 1e12}) {
+        const double r = zintnx_seas(&x, v, n, nullptr);
+        if (!wzmis(r)) {
+          const double day = i.units == 's' ? std::floor(r / 86400) : r;
+          // Day-based grids keep to the calendar; time grids step freely.
+          if (i.units != 'o' && i.intcode > kIntHour) {
+            EXPECT_GE(day, kFirstDate) << text << " " << v << " " << n;
+            EXPECT_LE(day, kLastDate) << text << " " << v << " " << n;
+          }
+        }
+        (void)zintck_seas(&x, v, r, nullptr);
+      }
+      char name[16];
+      short nl = 0, w1 = 0, w2 = 0;
+      zintfmp(&i, v, v + 3600, name, &nl, &w1, &w2);
+      EXPECT_GT(nl, 0);
+      EXPECT_LE(w1, 20);
+      zintfmm(&i, v, name, &nl, &w1, &w2);
+      EXPECT_GT(nl, 0);
+    }
+  }
 }
 
 }  // namespace
