@@ -8,6 +8,8 @@ const ESMMODELSET* esmmodelset(int method) noexcept {
   switch (method) {
     case kEsmSimple: return &kEsmSimpleSet;
     case kEsmLinear: return &kEsmLinearSet;
+    case kEsmDampTrend: return &kEsmDampTrendSet;
+    case kEsmDouble: return &kEsmDoubleSet;
     default: return nullptr;
   }
 }
