@@ -143,7 +143,9 @@ TEST(Zes2Smo, StraightLineIsFollowedFromRegressionStart) {
     ASSERT_EQ(zes2smo(x.data(), flag.data(), 30, 40, w, 0.3, &L, &T, &mse), 0);
     ASSERT_EQ(zes2smo(x.data(), flag.data(), 30, 40, w, 0.3, &L0, &T0, &mse0), 0);
     EXPECT_LT(mse, 0.01) << w;
-    if (w < 0.2) EXPECT_LT(mse * 10, mse0) << w;  // larger weights forget the start
+    if (w < 0.2) {  // larger weights forget the start
+      EXPECT_LT(mse * 10, mse0) << w;
+    }
   }
 }
 
