@@ -15,6 +15,7 @@
 #include "calendar/zintcycle.hpp"
 #include "host/hostdate.hpp"
 #include "run/missing.hpp"
+#include "date_oracle.hpp"
 
 namespace qvt {
 namespace {
@@ -538,6 +539,61 @@ TEST(CycleRobust, EdgesAndNonDates) {
       EXPECT_GT(nl, 0);
     }
   }
+}
+
+}  // namespace
+}  // namespace qvt
+
+
+namespace qvt {
+namespace {
+
+// Season codes of single dates against the table that Python's datetime
+// computes (tests/calendar/gen_date_oracle.py): month and day of the month,
+// weekday, and the ISO 8601 week (a week 53 takes scode, here 52).
+TEST(CycleScdOracle, SingleDatesAgainstPythonDatetime) {
+  const auto rows = testing::loadDateOracle();
+  ASSERT_GT(rows.size(), 1000u);
+  struct Grid {
+    const char* text;
+    int ns;
+  };
+  const Grid grids[] = {{"MONTH", 12}, {"QTR", 4},    {"TENDAY", 36}, {"SEMIMONTH", 24},
+                        {"DAY", 7},    {"WEEKDAY", 5}, {"WEEKV", 52}};
+  for (const Grid& g : grids) {
+    INTERVAL i;
+    ASSERT_EQ(zintstr(g.text, -1, &i), 0);
+    int checked = 0;
+    for (const auto& r : rows) {
+      // The cycle of the first days starts before the calendar (checked
+      // below); the weekly look-ahead needs the next week.
+      if (r.day < kFirstDate + 14 || r.day > kLastDate - 14) continue;
+      int ns = g.ns;
+      int code = -1;
+      ASSERT_EQ(zintscd(i, r.day, 52, 1, &code, &ns), 0) << g.text << " day " << r.day;
+      int expected = 0;
+      const std::string name = g.text;
+      if (name == "MONTH") expected = r.m - 1;
+      else if (name == "QTR") expected = (r.m - 1) / 3;
+      else if (name == "TENDAY") expected = 3 * (r.m - 1) + (r.d > 10) + (r.d > 20);
+      else if (name == "SEMIMONTH") expected = 2 * (r.m - 1) + (r.d > 15);
+      else if (name == "DAY") expected = r.wday - 1;
+      else if (name == "WEEKDAY") expected = (r.wday >= 2 && r.wday <= 6) ? r.wday - 2 : 4;  // a day off goes with Friday
+      else expected = r.isow == 53 ? 52 : r.isow - 1;
+      EXPECT_EQ(code, expected) << g.text << " " << r.y << "-" << r.m << "-" << r.d;
+      ++checked;
+    }
+    EXPECT_GT(checked, 1000) << g.text;
+  }
+  // 1582-01-01 is a Friday; its week began on 1581-12-27, before the
+  // calendar, so its day-of-week code can't be placed.
+  INTERVAL day;
+  ASSERT_EQ(zintstr("DAY", -1, &day), 0);
+  int ns = 7, code = 9;
+  EXPECT_EQ(zintscd(day, kFirstDate, 0, 1, &code, &ns), -1);
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(zintscd(day, kFirstDate + 2, 0, 1, &code, &ns), 0);  // the first Sunday
+  EXPECT_EQ(code, 0);
 }
 
 }  // namespace
