@@ -243,8 +243,6 @@ constexpr Builder collectNames() {
   for (sv p : kLocaleMoneyPrefixes)
     for (sv c : kLocaleCurrencies) b.add(p, c, "curr", Rows::FormatInformat);
 
-
-
   b.addList(kDate, "date", kDateWithInformat);
   b.addList(kTime, "time", kTimeWithInformat);
   b.addList(kDatetime, "datetime", kDatetimeWithInformat);

@@ -33,7 +33,7 @@ constexpr std::uint32_t bits(std::initializer_list<int> ks) {
   return b;
 }
 
-constexpr std::array<CycleRow, 24> kCycles = {{
+constexpr std::array<CycleRow, 23> kCycles = {{
     {kIntSecond, "MINUTE", bits({1, 2, 3, 4, 5, 6, 10, 12, 15, 20, 30}), 60},
     {kIntMinute, "HOUR", bits({1, 2, 3, 4, 5, 6, 10, 12, 15, 20, 30}), 60},
     {kIntHour, "DAY", bits({1, 2, 3, 4, 6, 8, 12}), 24},
@@ -57,11 +57,9 @@ constexpr std::array<CycleRow, 24> kCycles = {{
     {kIntR454Yr, "R454YR", bits({1}), 1},
     {kIntR544Yr, "R544YR", bits({1}), 1},
     {kIntYearV, "YEARV", bits({1}), 1},
-    {kIntNone, "", 0, 0},
 }};
 
 const CycleRow* findCycle(int code) noexcept {
-  if (code == kIntNone) return nullptr;
   for (const CycleRow& r : kCycles)
     if (r.code == code) return &r;
   return nullptr;
