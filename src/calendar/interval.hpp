@@ -144,7 +144,8 @@ double zintnx2(const INTERVAL& istr, double x, double n) noexcept;
 
 // As zintnx2, with the date inside the target interval chosen by align[0]:
 // 'B' beginning, 'E' end, 'M' middle, 'S' the same place as x has in its own
-// interval, in either case; anything else (or a null align) acts as 'B'. sub_intrvl, when
+// interval; anything else (a lower-case letter too, or a null align) acts
+// as 'B'. The statement layer passes the upper-case letter. sub_intrvl, when
 // given, caches the interval of the shift units between calls ("S" only):
 // pass a cleared record first and keep it.
 double zintnx3(const INTERVAL& istr, double inptDate, double n, const tchar* align,

@@ -19,8 +19,6 @@ constexpr bool isReserved(int code) noexcept {
   }
 }
 
-constexpr char upper(char c) noexcept { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c; }
-
 // The earlier of two step results, either of which may be missing.
 double earlier(double a, double b) noexcept {
   if (wzmis(a)) return b;
@@ -78,7 +76,7 @@ double sameAlign(const INTERVAL& istr, double inptDate, double n, double r,
 double zintnx3(const INTERVAL& istr, double inptDate, double n, const tchar* align,
                INTERVAL* sub_intrvl) noexcept {
   if (wzmis(n)) return kMissing;
-  const char a = align ? upper(align[0]) : 'B';
+  const char a = align ? align[0] : 'B';
   const bool custom = istr.intcode == kIntCustom;
   const double r = zintnx2(istr, inptDate, n);
   if (wzmis(r)) {

@@ -36,7 +36,7 @@ TEST(IntervalAlign, HandWorked) {
       {"begin", "MONTH", date(2000, 1, 31), 1, "B", date(2000, 2, 1)},
       {"unknown letter acts as begin", "MONTH", date(2000, 1, 31), 1, "X", date(2000, 2, 1)},
       {"end", "MONTH", date(2000, 1, 31), 1, "E", date(2000, 2, 29)},
-      {"end, lower case", "MONTH", date(2000, 1, 31), 1, "e", date(2000, 2, 29)},
+      {"lower case is no alignment letter", "MONTH", date(2000, 1, 31), 1, "e", date(2000, 2, 1)},
       {"middle: Feb 1 + (29 - 1) / 2", "MONTH", date(2000, 1, 31), 1, "M", date(2000, 2, 15)},
       {"same day, clipped to February's end", "MONTH", date(2000, 1, 31), 1, "S", date(2000, 2, 29)},
       {"same day, common year", "MONTH", date(2001, 1, 31), 1, "S", date(2001, 2, 28)},
