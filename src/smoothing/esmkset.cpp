@@ -10,6 +10,10 @@ const ESMMODELSET* esmmodelset(int method) noexcept {
     case kEsmLinear: return &kEsmLinearSet;
     case kEsmDampTrend: return &kEsmDampTrendSet;
     case kEsmDouble: return &kEsmDoubleSet;
+    case kEsmSeasonal: return &kEsmSeasonalSet;
+    case kEsmAddWinters: return &kEsmAddWintersSet;
+    case kEsmWinters: return &kEsmWintersSet;
+    case kEsmMultSeasonal: return &kEsmMultSeasonalSet;
     default: return nullptr;
   }
 }

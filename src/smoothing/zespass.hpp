@@ -268,3 +268,68 @@ inline void stdk(int k, long minobs, const double* xpxdiag, double mse, long nob
 
 }  // namespace zespass
 }  // namespace qvt
+
+namespace qvt::zespass {
+
+// Re-centring of the seasonal factors at the turn of a derivative pass, so
+// that additive factors average 0 and multiplicative ones 1, with the level
+// (and in Winters the trend) taking up what the factors give away. The
+// derivatives follow: ds[i] is the array of d S[s]/d w_i over the seasons,
+// dl[i] (and dt[i]) the derivatives of the level (and trend); dt and T may
+// be null. The invariant is the one-step prediction, which the re-centring
+// leaves unchanged in the additive form and scales consistently in the
+// multiplicative one.
+inline void recentre(int ns, int additive, int k, double* L, double* T, double* S, double* dl,
+                     double* dt, double* const* ds) noexcept {
+  constexpr double kTol = 1.1368683772161608e-13;
+  if (ns < 1) return;
+  const double dn = static_cast<double>(ns);
+  double ibar = 0.0;
+  for (int s = 0; s < ns; ++s) ibar += S[s];
+  ibar /= dn;
+  double ib[3] = {0, 0, 0};
+  for (int i = 0; i < k; ++i) {
+    for (int s = 0; s < ns; ++s) ib[i] += ds[i][s];
+    ib[i] /= dn;
+  }
+  if (additive) {
+    if (std::fabs(ibar) < kTol) return;
+    for (int s = 0; s < ns; ++s) S[s] -= ibar;
+    for (int i = 0; i < k; ++i) {
+      for (int s = 0; s < ns; ++s) ds[i][s] -= ib[i];
+      dl[i] += ib[i];
+    }
+    *L += ibar;
+    return;
+  }
+  if (std::fabs(1.0 - ibar) < kTol) return;
+  for (int s = 0; s < ns; ++s) {
+    S[s] = S[s] / ibar;
+    for (int i = 0; i < k; ++i) {
+      double q = 0.0;
+      divide(ds[i][s] - S[s] * ib[i], ibar, &q);
+      ds[i][s] = q;
+    }
+  }
+  for (int i = 0; i < k; ++i) dl[i] = ib[i] * *L + dl[i] * ibar;
+  *L *= ibar;
+  if (T != nullptr && dt != nullptr) {
+    for (int i = 0; i < k; ++i) dt[i] = ib[i] * *T + dt[i] * ibar;
+    *T *= ibar;
+  }
+}
+
+// Season codes of a record whose codes were never filled in (all 0 on a
+// cycle of at least 2 seasons, which no calendar gives a series of two or
+// more periods): the position in the cycle from the first observation.
+inline void fillCycleCodes(WINMODEL& m) noexcept {
+  const int ns = m.ts.nseasons;
+  if (ns < 2 || m.ts.scodes.size() < 2) return;
+  for (const int c : m.ts.scodes)
+    if (c != 0) return;
+  for (std::size_t t = 0; t < m.ts.scodes.size(); ++t)
+    m.ts.scodes[t] = static_cast<int>((static_cast<std::size_t>(m.ts.nstart) + t) %
+                                      static_cast<std::size_t>(ns));
+}
+
+}  // namespace qvt::zespass
