@@ -133,48 +133,62 @@ namespace {
 // 26.5.8): I_x(a, b) = x^a (1-x)^b / (a B(a, b)) * 1/(1 + d1/(1 + d2/(1 + ...)))
 // with d_{2m+1} = -(a+m)(a+b+m) x / ((a+2m)(a+2m+1)),
 //      d_{2m}   =  m (b-m) x / ((a+2m-1)(a+2m)).
-// Evaluated by the forward (Wallis) recurrence of the convergents, which are
-// rescaled by a power of two when their binary exponent passes 354 in size,
-// and compared with a relative tolerance of 4 ulp. Returns false when 400
-// pairs of terms do not settle it.
-bool betaFraction(double x, double a, double b, double* cf) {
-  // Convergents A_n / B_n of 1 / (1 + d1 / (1 + d2 / ...)).
-  double am2 = 1.0, bm2 = 0.0;  // n = -1
-  double am1 = 0.0, bm1 = 1.0;  // n = 0
-  // First term: partial numerator 1, partial denominator 1.
-  double an = am1 + am2;
-  double bn = bm1 + bm2;
-  am2 = am1;
-  bm2 = bm1;
-  am1 = an;
-  bm1 = bn;
-  double prev = am1 / bm1;
-  for (int m = 0; m < 400; ++m) {
-    for (int half = 0; half < 2; ++half) {
-      double d = 0.0;
-      if (half == 0) {
-        d = -(a + m) * (a + b + m) * x / ((a + 2.0 * m) * (a + 2.0 * m + 1.0));
-      } else {
-        const double mm = m + 1.0;
-        d = mm * (b - mm) * x / ((a + 2.0 * mm - 1.0) * (a + 2.0 * mm));
-      }
-      an = am1 + d * am2;
-      bn = bm1 + d * bm2;
-      am2 = am1;
-      bm2 = bm1;
-      am1 = an;
-      bm1 = bn;
+//
+// For large a the odd terms are close to -1 and the forward (Wallis)
+// recurrence of the convergents subtracts nearly equal numbers at every
+// step; its rounding then grows to 1e-10 and more at a = 1e5, and the test
+// on successive convergents can stop early. The fraction is therefore
+// evaluated backward, from a depth N down to the first term, which is
+// stable (W. B. Jones and W. J. Thron, Continued Fractions, 1980), with N
+// doubled until two depths agree to 4 ulp. The depth needed grows like
+// sqrt(max(a, b)) (Press et al., Numerical Recipes, 6.4); it is capped at
+// 2^23 terms, beyond which the fraction is taken as not converging.
+double fractionTerm(int n, double x, double a, double b) {
+  // d_n for n >= 1.
+  const int m = n / 2;
+  if (n % 2 == 1) return -(a + m) * (a + b + m) * x / ((a + 2.0 * m) * (a + 2.0 * m + 1.0));
+  return m * (b - m) * x / ((a + 2.0 * m - 1.0) * (a + 2.0 * m));
+}
+
+// 1 + d_n for odd n = 2m + 1 without cancellation when x is near 1:
+// 1 + d_n = 1 - r x = (1 - r) + r y with r = (a+m)(a+b+m) / ((a+2m)(a+2m+1)) and
+// (a+2m)(a+2m+1) - (a+m)(a+b+m) = a (2m + 1 - b) + m (3m + 2 - b).
+double oddTermPlusOne(int n, double y, double a, double b) {
+  const double m = n / 2;
+  const double den = (a + 2.0 * m) * (a + 2.0 * m + 1.0);
+  const double r = (a + m) * (a + b + m) / den;
+  return (a * (2.0 * m + 1.0 - b) + m * (3.0 * m + 2.0 - b)) / den + r * y;
+}
+
+// The fraction evaluated backward from depth N. Each tail value t_n =
+// 1 + d_n / t_{n+1} is carried together with u_n = t_n - 1; at the odd terms,
+// where d_n is near -1 for large a and t_n is a small difference, t_n is
+// formed as (u_{n+1} + (1 + d_n)) / t_{n+1} from the exact pieces.
+double fractionAtDepth(int depth, double x, double y, double a, double b) {
+  double t = 1.0, u = 0.0;
+  const bool nearOne = x > 0.5;  // else 1 + d_n has no cancellation to avoid
+  for (int n = depth; n >= 1; --n) {
+    if (n % 2 == 1) {
+      t = (u + (nearOne ? oddTermPlusOne(n, y, a, b) : 1.0 + fractionTerm(n, x, a, b))) / t;
+      u = t - 1.0;
+    } else {
+      u = fractionTerm(n, x, a, b) / t;
+      t = 1.0 + u;
     }
-    int e = 0;
-    (void)std::frexp(bm1, &e);
-    if (e > 354 || e < -354) {
-      am1 = std::ldexp(am1, -e);
-      bm1 = std::ldexp(bm1, -e);
-      am2 = std::ldexp(am2, -e);
-      bm2 = std::ldexp(bm2, -e);
+    if (t == 0.0) {
+      t = 1e-300;  // a zero denominator passes as a huge value (Lentz's device)
+      u = t - 1.0;
     }
-    if (bm1 == 0.0) continue;
-    const double cur = am1 / bm1;
+  }
+  return 1.0 / t;
+}
+
+bool betaFraction(double x, double y, double a, double b, double* cf) {
+  int depth = 32;
+  double prev = fractionAtDepth(depth, x, y, a, b);
+  while (depth < (1 << 23)) {
+    depth *= 2;
+    const double cur = fractionAtDepth(depth, x, y, a, b);
     if (std::fabs(cur - prev) <= 8.881784197001256e-16 * std::fabs(cur)) {
       *cf = cur;
       return true;
@@ -262,7 +276,7 @@ int ibetaXY(double x, double y, double a, double b, double* p, double* d) {
   const double s = a + b;
   const bool swap = x * s > a + 2.0 * std::sqrt(a * b / (s + 1.0)) || x * s + 6.0 * x > a + 3.0;
   double cf = 0.0;
-  if (betaFraction(swap ? y : x, swap ? b : a, swap ? a : b, &cf)) {
+  if (betaFraction(swap ? y : x, swap ? x : y, swap ? b : a, swap ? a : b, &cf)) {
     // Prefactor x^a y^b / (a B(a, b)), or with b in place of a when swapped.
     const double tail = std::exp(lkern - std::log(swap ? b : a)) * cf;
     const double r = swap ? 1.0 - tail : tail;

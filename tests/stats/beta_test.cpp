@@ -252,6 +252,18 @@ TEST(FTail, EvenDegreesOfFreedomAgainstBinomialSums) {
   }
 }
 
+TEST(FTail, HugeDenominatorDegreesApproachChiSquare) {
+  // As ddf grows, ndf F tends to chi-square with ndf degrees of freedom;
+  // at ddf = 1e14 the difference is of the order of x^2 / ddf, 6e-12 at f = 6. Chi-square tails
+  // with 4 and 6 degrees of freedom: exp(-x/2) (1 + x/2) and
+  // exp(-x/2) (1 + x/2 + x^2/8).
+  for (double f : {0.05, 0.5, 1.0, 2.5, 6.0}) {
+    const long double x4 = 4.0L * f, x6 = 6.0L * f;
+    expectRel(zprbf(f, 4.0, 1e14), std::exp(-x4 / 2) * (1 + x4 / 2), 1e-11, "F(4, 1e14)", f);
+    expectRel(zprbf(f, 6.0, 1e14), std::exp(-x6 / 2) * (1 + x6 / 2 + x6 * x6 / 8), 1e-11, "F(6, 1e14)", f);
+  }
+}
+
 TEST(FTail, Edges) {
   EXPECT_EQ(zprbf(0.0, 3.0, 10.0), 1.0);
   EXPECT_EQ(zprbf(-1.0, 3.0, 10.0), -4.0);
@@ -285,6 +297,23 @@ TEST(TTail, FewDegreesOfFreedomInClosedForm) {
   for (double t : {1e3, 1e6, 1e100}) {
     expectRel(zpgt2(t * t, 1), tTwoSided(t, 1), 1e-12, "Cauchy tail", t);
     expectRel(zpgt2(t * t, 2), tTwoSided(t, 2), 1e-12, "t2 tail", t);
+  }
+}
+
+TEST(TTail, HugeDegreesOfFreedomFollowTheNormalExpansion) {
+  // P(|T| > t) = 2 Q(t) + phi(t) (t^3 + t) / (2 nu) + O(nu^-2) (the first
+  // term of the expansion of Student's t about the normal, Abramowitz &
+  // Stegun 26.7.5); at nu = 1e9 the neglected terms are below 1e-14
+  // relative for t up to 8. Both tails of the incomplete beta are used here:
+  // t below about 2 takes the complement, beyond it the direct fraction with
+  // a near 5e8, where 1 - x is 1e-8.
+  for (long df : {1000000000L, 4000000000L}) {
+    for (double t : {0.25, 1.0, 2.0, 3.0, 5.0, 8.0}) {
+      const long double lt = t;
+      const long double phi = std::exp(-lt * lt / 2) / std::sqrt(2 * kPiL);
+      const long double want = std::erfc(lt / std::sqrt(2.0L)) + phi * (lt * lt * lt + lt) / (2.0L * df);
+      expectRel(zpgt2(t * t, df), want, 1e-12, "t tail, huge df", t);
+    }
   }
 }
 
