@@ -11,8 +11,10 @@
 // |        |    | an integer, a decimal with trailing zeros dropped, or a compact |       |
 // |        |    | E form "1.2345E-10"; on a tie decimal for 1e-4 <= |x| < 1e15 (as |       |
 // |        |    | C's %g), else E; ".5" when no decimal fits beside a leading zero | |
-// | Fw.d, w.d | 12 | d decimals, leading zero kept | fewer decimals, ".5", E, stars |
-// | COMMAw.d | 6 | as F with the integer digits grouped by commas | fewer decimals, E, stars |
+// | Fw.d, w.d | 12 | d decimals, leading zero kept | without the leading zero (".123"), then |
+// |           |    |                              | one decimal less, and so on; then E     |
+// |           |    |                              | ("1E+06", trailing zeros dropped); stars |
+// | COMMAw.d | 6 | as F with the integer digits grouped by commas | as F |
 // | PERCENTw.d | 6 | 100x with d decimals and '%'; negatives in parentheses "(5.0%)" | fewer decimals, stars |
 // | PVALUEw.d | 6 | as F with d decimals (default min(4, w-2)); below 10^-d "<.0001" | as F |
 // | Ew.d | 12 | "1.235E+04" with a blank kept for the sign; d mantissa decimals, | stars |
