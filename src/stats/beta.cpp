@@ -134,15 +134,16 @@ namespace {
 // with d_{2m+1} = -(a+m)(a+b+m) x / ((a+2m)(a+2m+1)),
 //      d_{2m}   =  m (b-m) x / ((a+2m-1)(a+2m)).
 //
-// For large a the odd terms are close to -1 and the forward (Wallis)
-// recurrence of the convergents subtracts nearly equal numbers at every
-// step; its rounding then grows to 1e-10 and more at a = 1e5, and the test
-// on successive convergents can stop early. The fraction is therefore
-// evaluated backward, from a depth N down to the first term, which is
-// stable (W. B. Jones and W. J. Thron, Continued Fractions, 1980), with N
-// doubled until two depths agree to 4 ulp. The depth needed grows like
-// sqrt(max(a, b)) (Press et al., Numerical Recipes, 6.4); it is capped at
-// 2^23 terms, beyond which the fraction is taken as not converging.
+// For large a and x near 1 the odd terms are close to -1, and the value
+// hinges on 1 + d_n, which then cancels: evaluated plainly the fraction loses
+// digits in proportion to 1 / (1 - x) (1e-8 relative for a t tail with 1e9
+// degrees of freedom). So the fraction is evaluated backward, from a depth N
+// down to the first term, which is stable (W. B. Jones and W. J. Thron,
+// Continued Fractions, 1980), with 1 + d_n at the odd terms formed from the
+// complement y = 1 - x; N is doubled until two depths agree to 4 ulp. The
+// depth needed grows like sqrt(max(a, b)) (Press et al., Numerical Recipes,
+// 6.4); it is capped at 2^23 terms, beyond which the fraction is taken as
+// not converging.
 double fractionTerm(int n, double x, double a, double b) {
   // d_n for n >= 1.
   const int m = n / 2;
