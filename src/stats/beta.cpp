@@ -185,7 +185,7 @@ double fractionAtDepth(int depth, double x, double y, double a, double b) {
 }
 
 bool betaFraction(double x, double y, double a, double b, double* cf) {
-  int depth = 32;
+  int depth = 8;
   double prev = fractionAtDepth(depth, x, y, a, b);
   while (depth < (1 << 23)) {
     depth *= 2;
