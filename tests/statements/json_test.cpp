@@ -58,9 +58,11 @@ TEST(StmtJson, NamesBitsAndFields) {
   ASSERT_EQ(j["records"].size(), 2u);
   const auto& proc = j["records"][0];
   EXPECT_EQ(proc["statement"], "QVT");
-  ASSERT_EQ(proc["bits"].size(), 1u);
+  ASSERT_EQ(proc["bits"].size(), 2u);
   EXPECT_EQ(proc["bits"][0]["bit"], 10);
   EXPECT_EQ(proc["bits"][0]["option"], "PRINT=ALL");
+  EXPECT_EQ(proc["bits"][1]["bit"], 113);  // the SIZE= component is present
+  EXPECT_EQ(proc["bits"][1]["option"], "SIZE=(...)");
   bool sawLead = false, sawMiss = false;
   for (const auto& f : proc["fields"]) {
     if (f["field"] == 7) {
