@@ -88,7 +88,13 @@ void* Pool::realloc(void* block, std::size_t newBytes) noexcept {
   }
   const std::size_t old = h->size;
   // Only the growth counts against the budget: the old bytes are already in it.
-  if (newBytes > old && !budget_.take(newBytes - old)) return nullptr;
+  if (newBytes > old) {
+    if (newBytes - old > budget_.left()) {
+      budget_.addDeficit(newBytes);  // the caller asked for the whole new size
+      return nullptr;
+    }
+    budget_.take(newBytes - old);
+  }
   auto* moved = static_cast<Header*>(std::realloc(h, sizeof(Header) + newBytes));
   if (!moved) {
     if (newBytes > old) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -20,7 +21,13 @@ class MemBudget {
   // True, and the bytes counted, when they fit; otherwise the bytes go to the deficit.
   bool take(std::size_t bytes) noexcept;
   void give(std::size_t bytes) noexcept { used_ = bytes > used_ ? 0 : used_ - bytes; }
-  void addDeficit(std::size_t bytes) noexcept { deficit_ += static_cast<long long>(bytes); }
+  // Saturates rather than wrapping: a request of nearly all addressable memory
+  // must not read back as a negative deficit.
+  void addDeficit(std::size_t bytes) noexcept {
+    constexpr auto kMax = static_cast<std::size_t>(std::numeric_limits<long long>::max());
+    const std::size_t room = kMax - static_cast<std::size_t>(deficit_);
+    deficit_ += static_cast<long long>(bytes < room ? bytes : room);
+  }
   long long takeDeficit() noexcept {
     const long long d = deficit_;
     deficit_ = 0;

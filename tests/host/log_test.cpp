@@ -1,0 +1,131 @@
+// The log: text lines and JSON lines, severities, places, counts, options.
+#include "host/log_sink.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "host/process_host.hpp"
+#include "host_test_util.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+namespace {
+
+TEST(Log, JsonLinesCarryGroupNumberSeverityAndArgs) {
+  const MsgArg args[] = {std::string("a.csv"), 17LL, 2.5, kMissing, std::string("caf\xC3\xA9")};
+  const SourcePos at{"prog.qvt", 3, 15};
+  const auto j = nlohmann::json::parse(logJsonLine(900, 35, args, &at));
+  EXPECT_EQ(j.at("group"), 900);
+  EXPECT_EQ(j.at("number"), 35);
+  EXPECT_EQ(j.at("severity"), "ERROR");
+  EXPECT_EQ(j.at("args"), nlohmann::json::parse(R"(["a.csv", 17, 2.5, null, "café"])"));
+  EXPECT_EQ(j.at("file"), "prog.qvt");
+  EXPECT_EQ(j.at("line"), 3);
+  EXPECT_EQ(j.at("col"), 15);
+  // The text has the arguments in place.
+  EXPECT_EQ(j.at("text").get<std::string>().rfind("a.csv, line 17: the record has 2.5 fields", 0), 0u);
+}
+
+TEST(Log, JsonSurvivesInvalidUtf8InAnArgument) {
+  const MsgArg args[] = {std::string("bad\xFF.csv"), std::string("x")};
+  nlohmann::json j;
+  EXPECT_NO_THROW(j = nlohmann::json::parse(logJsonLine(900, 16, args, nullptr)));
+  EXPECT_EQ(j.at("number"), 16);
+}
+
+TEST(Log, TextLines) {
+  struct Case {
+    int group, number;
+    std::vector<MsgArg> args;
+    const SourcePos* at;
+    const char* line;
+  };
+  const SourcePos at{"", 2, 7};
+  const Case cases[] = {
+      {900, 38, {std::string("x.csv")}, nullptr, "NOTE: The file x.csv has a header but no records."},
+      {900, 19, {std::string("m.json"), std::string("bad")}, nullptr,
+       "WARNING: The side file m.json is not usable (bad); its labels, formats and types are ignored and the "
+       "columns' types are inferred."},
+      {900, 36, {std::string("two\nlines.csv"), 4LL}, &at,
+       "ERROR: <command line>:2:7: two lines.csv, line 4: a quoted field is not closed before the end of the "
+       "file. Add the closing double quote."},
+      {999, 999, {1LL}, nullptr, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
+  };
+  for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args, c.at), c.line);
+}
+
+TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
+  for (const bool strict : {false, true}) {
+    std::ostringstream log;
+    HostConfig cfg;
+    cfg.logStream = &log;
+    cfg.strict = strict;
+    ProcessHost h(cfg);
+    hostMsgLog(h, 900, 38, {std::string("x")});
+    EXPECT_EQ(h.exitStatus(0), 0);
+    hostMsgLog(h, 900, 19, {std::string("x"), std::string("y")});
+    EXPECT_EQ(h.messages(Severity::Note), 1);
+    EXPECT_EQ(h.messages(Severity::Warning), 1);
+    EXPECT_EQ(h.exitStatus(4), strict ? 1 : 0);
+    EXPECT_EQ(h.exitStatus(108), 2);
+    EXPECT_EQ(log.str().substr(0, 6), "NOTE: ");
+  }
+}
+
+TEST(Log, LogFileAndBadConfiguration) {
+  testing::TempDir dir;
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.logStream = &log;
+  cfg.logFile = dir.file("run.log");
+  cfg.logFormat = LogFormat::Jsonl;
+  cfg.libs = {"ok=" + dir.path(), "bad name=" + dir.path(), "gone=" + dir.file("nope"), "noequals",
+              "db=sqlite:" + dir.file("x.db")};
+  cfg.options = {"debug=SYN SEM", "Intervalds=fiscal=cal.fiscal", "=x"};
+  ProcessHost h(cfg);
+  EXPECT_EQ(h.init(), kHostBadArgument);
+  EXPECT_TRUE(log.str().empty());  // everything went to the file
+  EXPECT_EQ(testing::hostNumbers(dir.read("run.log")), (std::vector<int>{15, 23, 15, 24}));
+  EXPECT_EQ(hostOptionGet(h, "DEBUG").value_or(""), "SYN SEM");
+  EXPECT_EQ(hostOptionGet(h, "intervalds").value_or(""), "fiscal=cal.fiscal");
+  EXPECT_FALSE(hostOptionGet(h, "nothing").has_value());
+  // The SQLite library is assigned but has no engine in this build.
+  DsHandle ds;
+  EXPECT_EQ(h.dsOpen("db.t", DsMode::Input, &ds), kHostUnsupported);
+  EXPECT_EQ(testing::hostNumbers(dir.read("run.log")).back(), 14);
+}
+
+TEST(Log, MsgTextFillsLabels) {
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.logStream = &log;
+  ProcessHost h(cfg);
+  tchar buf[40];
+  const int n = hostMsgText(h, buf, 40, 900, 38, {std::string("f")});
+  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)), "The file f has a header but no records.");
+  EXPECT_EQ(buf[39], ' ');  // blank-padded
+  tchar small[8];
+  EXPECT_EQ(hostMsgText(h, small, 8, 900, 38, {std::string("f")}), 8);
+  EXPECT_EQ(std::string(small, 8), "The file");
+  EXPECT_EQ(hostMsgText(h, buf, 40, 1, 1), 0);  // no such row
+}
+
+// A host that only collects messages answers every other operation plainly.
+TEST(Log, MinimalHostSaysUnsupported) {
+  struct Collect : Host {
+    std::vector<int> numbers;
+    void msgLog(int, int number, std::span<const MsgArg>, const SourcePos*) override { numbers.push_back(number); }
+  } h;
+  DsHandle ds;
+  EXPECT_EQ(h.dsOpen("x", DsMode::Input, &ds), kHostUnsupported);
+  EXPECT_EQ(hostPoolAlloc(h, PoolHandle{1}, 8), nullptr);
+  SpoolHandle sp;
+  EXPECT_EQ(hostSpoolOpen(h, &sp), kHostUnsupported);
+  EXPECT_EQ(hostRunStep(h, [&] { hostExit(h, 16); }), 16);
+  EXPECT_EQ(hostRunStep(h, [] { throw std::runtime_error("boom"); }), 2000);
+  EXPECT_EQ(h.numbers, std::vector<int>{1});
+}
+
+}  // namespace
+}  // namespace qvt
