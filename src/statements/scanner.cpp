@@ -180,7 +180,12 @@ class Scanner {
       advance();
     }
     if (!closed) {
+      // The string runs to the end of the text; it still stands as a string
+      // so that the statement reads on as far as it goes.
       error(kMsgUnterminatedString, pos, {});
+      Token& t = push(term::QS, begin, pos);
+      t.text = std::move(body);
+      t.bad = true;
       return;
     }
     // The suffix letter tells a date, time, datetime or name literal.

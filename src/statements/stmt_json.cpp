@@ -103,6 +103,9 @@ nlohmann::json stmtJson(const PROCSTR& p) {
   return {{"error", p.error}, {"records", records}};
 }
 
-std::string stmtJsonText(const PROCSTR& p, int indent) { return stmtJson(p).dump(indent); }
+std::string stmtJsonText(const PROCSTR& p, int indent) {
+  // A quoted name may hold bytes that aren't UTF-8; they are replaced rather than thrown on.
+  return stmtJson(p).dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);
+}
 
 }  // namespace qvt
