@@ -484,5 +484,52 @@ TEST(ModelFamily, EsmsumAtOneLeadIsThatLeadsVariance) {
   }
 }
 
+
+TEST(ModelFamily, DriverForecastsContinueFromTheFittedStart) {
+  // esmint, esmfit, esmprd on a series that starts where the fit started:
+  // the one-step predictions are the recursion run forward from the state
+  // the last backward pass left, with the fitted weights.
+  for (const auto& c : models()) {
+    auto y = simulated(c, c.w, 60, 21);
+    y[17] = kMissing;
+    const INTERVAL none{};
+    Owned o;
+    ASSERT_EQ(esmint(y.data(), 60, &none, 0.0, c.ns, 0, c.method, 0, &o.m), 0) << c.name;
+    ASSERT_GE(esmfit(o.m), 0) << c.name;
+    const int lead = 5;
+    std::vector<double> pred(65), res(65), lev(65), sea(65, -1.0);
+    FOR_OUT out;
+    out.predicted = pred.data();
+    out.residual = res.data();
+    out.level = lev.data();
+    out.season = sea.data();
+    ASSERT_EQ(esmprd(o.m, y.data(), 60, 0.0, 0, 0.05, lead, &out), 0) << c.name;
+    double w[3] = {0, 0, 0};
+    for (std::size_t i = 0; i < o.m->pest.parms.size(); ++i) w[i] = o.m->pest.parms[i];
+    oracle::State s;
+    s.L = o.m->startvals.level;
+    s.T = o.m->startvals.trend;
+    s.S = o.m->startvals.sfactor;
+    for (int t = 0; t < 60; ++t) {
+      const bool flagged = wzmis(y[static_cast<std::size_t>(t)]);
+      const double p = oracle::step(c.method, w, s, flagged ? 0.0 : y[static_cast<std::size_t>(t)],
+                                    c.ns ? t % c.ns : 0, flagged);
+      EXPECT_NEAR(pred[static_cast<std::size_t>(t)], p, 1e-9 * (1 + std::fabs(p))) << c.name << t;
+      if (flagged) {
+        EXPECT_TRUE(wzmis(res[static_cast<std::size_t>(t)])) << c.name;
+      } else {
+        EXPECT_NEAR(res[static_cast<std::size_t>(t)], y[static_cast<std::size_t>(t)] - p,
+                    1e-9 * (1 + std::fabs(p)));
+      }
+    }
+    EXPECT_NEAR(lev[59], s.L, 1e-9 * (1 + std::fabs(s.L))) << c.name;
+    if (c.ns) {
+      EXPECT_NEAR(sea[60], s.S[0], 1e-9) << c.name << ": lead 1 is season 60 mod 4 = 0";
+    } else {
+      EXPECT_EQ(sea[0], -1.0) << c.name << ": no season column";
+    }
+  }
+}
+
 }  // namespace
 }  // namespace qvt
