@@ -107,8 +107,9 @@ int hostRunStep(Host& h, const std::function<void()>& body) {
     rc = e.rc;
   } catch (const std::bad_alloc&) {
     // The engine's own allocations go through pools and never throw; this is
-    // a container of the host or the C++ runtime that could not grow.
-    h.memMessage(-1);
+    // a container of the host or of the runtime that could not grow.
+    const MsgArg a[] = {std::string("the C++ runtime could not allocate memory")};
+    h.msgLog(kMsgGroupHost, kMsgInternal, a);
     rc = 1016;
   } catch (const std::exception& e) {
     const MsgArg a[] = {std::string(e.what())};

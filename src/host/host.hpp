@@ -313,7 +313,8 @@ int hostByGet(Host& h, DsHandle ds);
 
 // Runs one step: calls body, takes the rc of its hostExit (0 when it simply
 // returns), then h.stepEnd(rc). Out of memory in the C++ runtime becomes rc
-// 1016 after the host's out-of-memory note. Returns rc.
+// 1016, any other exception rc 2000, each after an internal-error message.
+// Returns rc.
 int hostRunStep(Host& h, const std::function<void()>& body);
 
 }  // namespace qvt

@@ -283,7 +283,9 @@ TEST(CsvDataSet, NamesAndLibraries) {
   EXPECT_EQ(f.host->dsOpen("nolib.sales", DsMode::Input, &ds), kHostNotFound);
   EXPECT_EQ(f.host->dsOpen("lib.1bad", DsMode::Input, &ds), kHostBadArgument);
   EXPECT_EQ(f.host->dsOpen("lib.none", DsMode::Input, &ds), kHostNotFound);
-  EXPECT_EQ(testing::hostNumbers(f.log.str()), (std::vector<int>{11, 10, 12}));
+  EXPECT_EQ(f.host->dsOpen("'/nonexistent/qvt/x.csv'", DsMode::Output, &ds), kHostIoError);
+  EXPECT_FALSE(ds);
+  EXPECT_EQ(testing::hostNumbers(f.log.str()), (std::vector<int>{11, 10, 12, 17}));
   f.host->stepEnd(0);
 }
 
