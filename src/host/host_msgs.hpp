@@ -13,7 +13,7 @@ enum HostMsg : int {
   kMsgNoLibrary = 11,          // (lib, data set)
   kMsgNoDataSet = 12,          // (data set, file)
   kMsgLibraryKind = 14,        // (lib, kind)
-  kMsgBadLibSpec = 15,         // (text)
+  kMsgBadLibAssign = 15,         // (text)
   kMsgCantOpen = 16,           // (file, reason)
   kMsgCantCreate = 17,         // (data set, folder, reason)
   kMsgCantCommit = 18,         // (data set, file, reason)

@@ -38,12 +38,12 @@ int ProcessHost::init() {
       rc = kHostBadArgument;
     }
   }
-  for (const std::string& spec : cfg_.libs) {
-    const auto eq = spec.find('=');
-    const std::string name = eq == std::string::npos ? std::string() : spec.substr(0, eq);
-    const std::string value = eq == std::string::npos ? std::string() : spec.substr(eq + 1);
+  for (const std::string& arg : cfg_.libs) {
+    const auto eq = arg.find('=');
+    const std::string name = eq == std::string::npos ? std::string() : arg.substr(0, eq);
+    const std::string value = eq == std::string::npos ? std::string() : arg.substr(eq + 1);
     if (!isPlainName(name, kLibNameLen) || value.empty()) {
-      hostMsgLog(*this, kMsgGroupHost, kMsgBadLibSpec, {spec});
+      hostMsgLog(*this, kMsgGroupHost, kMsgBadLibAssign, {arg});
       rc = kHostBadArgument;
       continue;
     }
@@ -61,14 +61,14 @@ int ProcessHost::init() {
     }
     libs_[lib.name] = lib;
   }
-  for (const std::string& spec : cfg_.options) {
-    const auto eq = spec.find('=');
+  for (const std::string& arg : cfg_.options) {
+    const auto eq = arg.find('=');
     if (eq == std::string::npos || eq == 0) {
-      hostMsgLog(*this, kMsgGroupHost, kMsgBadOption, {spec});
+      hostMsgLog(*this, kMsgGroupHost, kMsgBadOption, {arg});
       rc = kHostBadArgument;
       continue;
     }
-    options_[upperAscii(spec.substr(0, eq))] = spec.substr(eq + 1);
+    options_[upperAscii(arg.substr(0, eq))] = arg.substr(eq + 1);
   }
   return rc;
 }
