@@ -39,7 +39,7 @@ popt      : DATA= @15 ds @17(1) | OUT= @15 ds @17(2)
           | OUTSUM= @15 ds @17(13) | OUTSTAT= @15 ds @17(14)
           | OUTTREND= @15 ds @17(16) | OUTSEASON= @15 ds @17(17)
           | OUTCOMPONENT= @15 ds @17(27) | OUTPROCINFO= @15 ds @17(28)
-          | PRINT= pspec | PLOT= lspec
+          | PRINT= printarg | PLOT= plotarg
           | SEASONALITY= @20(1,10000) @6(6,1) %INT
           | LEAD= @20(0) @6(7,1) %INT
           | BACK= @20(0,10000) @6(24,1) %INT
@@ -50,13 +50,13 @@ popt      : DATA= @15 ds @17(1) | OUT= @15 ds @17(2)
 ds        : dsname dsopt ;
 dsname    : %NAMEX @16 | %VLITERAL @16 | %COMPOUND @16 | %FMT @16 | %QS @16 ;
 dsopt     : '(' @30 ')' | ;
-pspec     : pitem | '(' pitem pitems ')' ;
+printarg     : pitem | '(' pitem pitems ')' ;
 pitems    : pitem pitems | ;
 pitem     : NONE | ALL @5(10) | ESTIMATES @5(11) | FORECASTS @5(12) | STATISTICS @5(13)
           | SUMMARY @5(14) | TRENDS @5(15) | SEASONS @5(16) | PERFORMANCE @5(17) | STATES @5(22)
           | PERFORMANCESUMMARY @5(23) | PERFORMANCEOVERALL @5(24) | DESCSTATS @5(25)
           | INTERNAL @5(29) ;
-lspec     : litem | '(' litem litems ')' ;
+plotarg     : litem | '(' litem litems ')' ;
 litems    : litem litems | ;
 litem     : NONE | ALL @5(30) | ERRORS @5(31) | ACF @5(32) | PACF @5(33) | IACF @5(34) | WN @5(35)
           | MODELS @5(40) | LEVELS @5(41) | TRENDS @5(42) | SEASONS @5(43) | FORECASTS @5(50)

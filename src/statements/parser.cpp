@@ -177,7 +177,6 @@ class Parser {
 
     begin_ = b;
     end_ = e;
-    const int before = out_.nerrors;
     int repairs = 0;
     const bool ok = run(repairs);
     if (!ok) {
@@ -189,7 +188,6 @@ class Parser {
     } else if (repairs > 0) {
       ++out_.nrepaired;
     }
-    (void)before;
   }
 
   bool run(int& repairs) {
