@@ -691,7 +691,7 @@ class Parser {
         break;
       }
       case 17:
-        if (!ds_.text.empty()) put(arg(a, 0), dsPos_, StMode::DataSet).v = ds_;
+        if (!ds_.text.empty()) put(arg(a, 0), dsPos_, StMode::DataSet).v = std::make_shared<const DataSetName>(ds_);
         break;
       case 18: {
         STMT& r = rec();
@@ -702,7 +702,7 @@ class Parser {
           x.mode = StMode::DataSet;
           DataSetName d;
           d.byDefault = true;
-          x.v = d;
+          x.v = std::make_shared<const DataSetName>(std::move(d));
         }
         break;
       }
@@ -763,7 +763,7 @@ class Parser {
       error(kMsgBadInterval, f.pos, {text, static_cast<long long>(rc)});
       return;
     }
-    f.interval = intv;
+    f.interval = std::make_shared<const INTERVAL>(intv);
   }
 };
 

@@ -9,7 +9,7 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -70,19 +70,21 @@ struct DataSetName {
   std::string options;  // the text inside the parentheses behind the name, passed on unread
 };
 
-// One numbered field.
+// One numbered field. The rarer, larger values (a data set name, a parsed
+// interval) are held by pointer so that the 27 or 107 fields of a record
+// stay small; they are never changed once made, so copies share them.
 struct STLIST {
   std::uint8_t type = 0;  // 0 the option wasn't given; 1 given; 2 set by default
   StMode mode = StMode::None;
-  std::variant<std::monostate, double, char, std::string, DataSetName, VarList> v;
-  std::optional<INTERVAL> interval;  // ID INTERVAL=: the parsed interval, when it could be parsed
-  SourcePos pos;                     // where the value was written
+  std::variant<std::monostate, double, char, std::string, std::shared_ptr<const DataSetName>, VarList> v;
+  std::shared_ptr<const INTERVAL> interval;  // ID INTERVAL=: the parsed interval, null when it couldn't be parsed
+  SourcePos pos;                             // where the value was written
 
   bool given() const noexcept { return type != 0; }
   double number() const { return std::get<double>(v); }
   char character() const { return std::get<char>(v); }
   const std::string& text() const { return std::get<std::string>(v); }
-  const DataSetName& dataset() const { return std::get<DataSetName>(v); }
+  const DataSetName& dataset() const { return *std::get<std::shared_ptr<const DataSetName>>(v); }
   const VarList& vars() const { return std::get<VarList>(v); }
 };
 

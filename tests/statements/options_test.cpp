@@ -302,7 +302,7 @@ TEST(Options, IdVariableAndInterval) {
   ASSERT_EQ(id.items.size(), 1u);
   EXPECT_EQ(id.items[0].first, "Date");
   EXPECT_EQ(s.fld[4].text(), "month2.2");
-  ASSERT_TRUE(s.fld[4].interval.has_value());
+  ASSERT_TRUE(s.fld[4].interval != nullptr);
   EXPECT_EQ(s.fld[4].interval->intcode, 45);  // MONTH
   EXPECT_EQ(s.fld[4].interval->intper, 2);
   EXPECT_EQ(s.fld[4].interval->shiftper, 1);  // the text .2 is stored counted from 0
