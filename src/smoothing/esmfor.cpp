@@ -324,7 +324,7 @@ int esmsum(WINMODEL* esm, const double* pred, int lead, int start, double alpha,
   }
   const ESMMODELSET* set = esmmodelset(esm->spec.code);
   if (set == nullptr) return -99;
-  set->psi(esm->parms.parms.data(), lead, psi.data());
+  set->psi(esm->parms.parms.data(), esm->ts.nseasons, lead, psi.data());
 
   const double mse = esm->pest.mse;
   if (wzmis(mse)) return kEsmTooFew;

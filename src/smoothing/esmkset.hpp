@@ -29,8 +29,10 @@ struct ESMMODELSET {
   int (*prd)(const double* x, const char* misflg, const int* scodes, double xscale, long n,
              const double* w, int additive, SMOOTHVALS& state, long start, long end, long lead,
              double se2, double siglev, int startflg, double* mse, double* strptr) = nullptr;
-  // npsi weights of the moving-average form.
-  int (*psi)(const double* w, long npsi, double* psi) = nullptr;
+  // npsi weights of the moving-average form. nseasons is the cycle of the
+  // seasonal members, whose weights carry an extra term at each multiple of
+  // it; the others ignore it.
+  int (*psi)(const double* w, int nseasons, long npsi, double* psi) = nullptr;
 };
 
 // The row of a method, or null for a method that is unknown or has no

@@ -50,7 +50,9 @@ int prd(const double* x, const char* misflg, const int* /*scodes*/, double xscal
                  startflg, mse, strptr);
 }
 
-int psi(const double* w, long npsi, double* out) { return zes1psi(w[0], npsi, out); }
+int psi(const double* w, int /*nseasons*/, long npsi, double* out) {
+  return zes1psi(w[0], npsi, out);
+}
 
 constexpr ESMKSET makeKernels() {
   ESMKSET k;

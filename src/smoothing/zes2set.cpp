@@ -63,7 +63,9 @@ int prd(const double* x, const char* misflg, const int*, double xscale, long n, 
                  se2, siglev, startflg, mse, strptr);
 }
 
-int psi(const double* w, long npsi, double* out) { return zes2psi(w[0], w[1], npsi, out); }
+int psi(const double* w, int /*nseasons*/, long npsi, double* out) {
+  return zes2psi(w[0], w[1], npsi, out);
+}
 
 constexpr ESMKSET makeKernels() {
   ESMKSET k;

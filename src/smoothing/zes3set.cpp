@@ -68,7 +68,9 @@ int prd(const double* x, const char* misflg, const int*, double xscale, long n, 
                  lead, se2, siglev, startflg, mse, strptr);
 }
 
-int psi(const double* w, long npsi, double* out) { return zes3psi(w[0], w[1], w[2], npsi, out); }
+int psi(const double* w, int /*nseasons*/, long npsi, double* out) {
+  return zes3psi(w[0], w[1], w[2], npsi, out);
+}
 
 constexpr ESMKSET makeKernels() {
   ESMKSET k;

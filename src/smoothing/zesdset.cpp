@@ -57,7 +57,9 @@ int prd(const double* x, const char* misflg, const int*, double xscale, long n, 
                  siglev, startflg, mse, strptr);
 }
 
-int psi(const double* w, long npsi, double* out) { return zesdpsi(w[0], npsi, out); }
+int psi(const double* w, int /*nseasons*/, long npsi, double* out) {
+  return zesdpsi(w[0], npsi, out);
+}
 
 constexpr ESMKSET makeKernels() {
   ESMKSET k;

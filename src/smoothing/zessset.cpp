@@ -72,6 +72,9 @@ void stdk(const double* xpxdiag, double mse, long nobs, int ns, const double* pa
 
 int svi(const double* x, const char* misflg, const int* scodes, long n, int ns, int stflg,
         int additive, SMOOTHVALS& out) {
+  // The first code of the stretch places the regression's seasons in the
+  // cycle; without it the factors would be filed under the wrong seasons.
+  if (ns >= 2 && scodes == nullptr) return kEsmBadArg;
   const int nstart = scodes != nullptr ? scodes[0] : 0;
   return zesisvi(x, misflg, n, ns, nstart, additive, stflg, &out.level, out.sfactor.data());
 }
@@ -84,9 +87,11 @@ int prd(const double* x, const char* misflg, const int* scodes, double xscale, l
                  startflg, mse, strptr);
 }
 
-// The method table's psi entry takes no season count, so the seasonal
-// term at multiples of the cycle is left out: exact up to lead nseasons.
-int psiNoCycle(const double* w, long npsi, double* out) { return zesspsi(w[0], w[1], 0, npsi, out); }
+// psi weights of both forms, with the seasonal term at each multiple of
+// the cycle.
+int psi(const double* w, int nseasons, long npsi, double* out) {
+  return zesspsi(w[0], w[1], nseasons, npsi, out);
+}
 
 template <int A>
 constexpr ESMKSET makeKernels() {
@@ -123,7 +128,7 @@ constexpr ESMMODELSET makeSet(const ESMKSET* est, int (*fit)(WINMODEL*) noexcept
   m.fit = fit;
   m.svi = svi;
   m.prd = prd;
-  m.psi = psiNoCycle;
+  m.psi = psi;
   return m;
 }
 
@@ -136,13 +141,11 @@ const ESMMODELSET kEsmMultSeasonalSet = makeSet<0>(&kEsiKernels, nesifit);
 
 int nessfit(WINMODEL* model) noexcept {
   if (model == nullptr) return kEsmBadArg;
-  zespass::fillCycleCodes(*model);
   return esmestimate(model, kEssKernels);
 }
 
 int nesifit(WINMODEL* model) noexcept {
   if (model == nullptr) return kEsmBadArg;
-  zespass::fillCycleCodes(*model);
   return esmestimate(model, kEsiKernels);
 }
 

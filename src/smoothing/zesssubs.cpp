@@ -86,9 +86,15 @@ int dpdA(double x, double wlevel, double wseason, double llevel, double clevel, 
   return rc;
 }
 
+// Every observation needs the season code its caller gave: on a cycle of
+// two or more seasons there is no position to fall back on, since only the
+// calendar knows where in the cycle a series starts.
+bool noCodes(int ns, const int* scodes) noexcept { return ns >= 2 && scodes == nullptr; }
+
 template <int A>
 int smoA(const double* x, const char* misflg, double xscale, long n, int ns, double wlevel,
          double wseason, double* level, double* sfactor, const int* scodes, double* mse) noexcept {
+  if (noCodes(ns, scodes)) return kEsmBadArg;
   const Seasonal<A> m{{wlevel, wseason}};
   EsState s{*level, 0.0, sfactor, ns};
   const int rc = zespass::smo(m, x, misflg, scodes, xscale, n, s, mse);
@@ -100,6 +106,10 @@ template <int A>
 int npdA(const double* x, const char* misflg, double xscale, long n, int ns, double wlevel,
          double wseason, double level, const double* sfactor, const int* scodes,
          const double* deltas, int wkflag, double* pder) noexcept {
+  if (noCodes(ns, scodes)) {
+    pder[0] = pder[1] = kMissing;
+    return kEsmBadArg;
+  }
   std::vector<double> work;
   try {
     work.assign(static_cast<std::size_t>(ns), 0.0);
@@ -117,6 +127,7 @@ int prdA(const double* x, const char* misflg, double xscale, long n, int ns, dou
          double wseason, double* level, double* sfactor, const int* scodes, long start, long end,
          long lead, double se2, double siglev, int startflg, double* mse,
          double* strptr) noexcept {
+  if (noCodes(ns, scodes)) return kEsmBadArg;
   const Seasonal<A> m{{wlevel, wseason}};
   EsState s{*level, 0.0, sfactor, ns};
   const int rc = zespass::prd(m, x, misflg, scodes, xscale, n, s, start, end, lead, se2, siglev,

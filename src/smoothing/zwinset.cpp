@@ -83,6 +83,9 @@ void stdk(const double* xpxdiag, double mse, long nobs, int ns, const double* pa
 
 int svi(const double* x, const char* misflg, const int* scodes, long n, int ns, int stflg,
         int additive, SMOOTHVALS& out) {
+  // The first code of the stretch places the regression's seasons in the
+  // cycle; without it the factors would be filed under the wrong seasons.
+  if (ns >= 2 && scodes == nullptr) return kEsmBadArg;
   const int nstart = scodes != nullptr ? scodes[0] : 0;
   return zwinsvi(x, misflg, n, ns, nstart, additive, stflg, &out.level, &out.trend,
                  out.sfactor.data());
@@ -96,11 +99,9 @@ int prd(const double* x, const char* misflg, const int* scodes, double xscale, l
                  lead, se2, siglev, startflg, mse, strptr);
 }
 
-// The method table's psi entry takes the weights alone, without the season
-// count, so the seasonal term of the psi weights (at multiples of the
-// cycle) cannot be formed here: these are exact up to lead nseasons.
-int psiNoCycle(const double* w, long npsi, double* out) {
-  return zwinpsi(w[0], w[1], w[2], 0, npsi, out);
+// Winters psi weights, with the seasonal term at each multiple of the cycle.
+int psi(const double* w, int nseasons, long npsi, double* out) {
+  return zwinpsi(w[0], w[1], w[2], nseasons, npsi, out);
 }
 
 template <int A>
@@ -145,7 +146,7 @@ constexpr ESMMODELSET makeSet() {
   m.fit = nwinfit;
   m.svi = svi;
   m.prd = prd;
-  m.psi = psiNoCycle;
+  m.psi = psi;
   return m;
 }
 
@@ -156,7 +157,6 @@ const ESMMODELSET kEsmWintersSet = makeSet<0>();
 
 int nwinfit(WINMODEL* model) noexcept {
   if (model == nullptr) return kEsmBadArg;
-  zespass::fillCycleCodes(*model);
   return esmestimate(model, model->additive ? kWinAddKernels : kWinMultKernels);
 }
 

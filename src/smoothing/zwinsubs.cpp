@@ -230,9 +230,17 @@ int zwindpd(double x, double wlevel, double wtrend, double wseason, double lleve
   return kEsmOk;
 }
 
+namespace {
+// Every observation needs the season code its caller gave: on a cycle of
+// two or more seasons there is no position to fall back on, since only the
+// calendar knows where in the cycle a series starts.
+bool noCodes(int ns, const int* scodes) noexcept { return ns >= 2 && scodes == nullptr; }
+}  // namespace
+
 int zwinsmo(const double* x, const char* misflg, double xscale, long n, int nseasons,
             int additive, double wlevel, double wtrend, double wseason, double* level,
             double* trend, double* sfactor, const int* scodes, double* mse) noexcept {
+  if (noCodes(nseasons, scodes)) return kEsmBadArg;
   const Winters m{{wlevel, wtrend, wseason}, additive};
   EsState s{*level, *trend, sfactor, nseasons};
   const int rc = zespass::smo(m, x, misflg, scodes, xscale, n, s, mse);
@@ -245,6 +253,10 @@ int zwinnpd(const double* x, const char* misflg, double xscale, long n, int nsea
             int additive, double wlevel, double wtrend, double wseason, double level,
             double trend, const double* sfactor, const int* scodes, const double* deltas,
             int wkflag, double* pder) noexcept {
+  if (noCodes(nseasons, scodes)) {
+    for (int i = 0; i < 3; ++i) pder[i] = kMissing;
+    return kEsmBadArg;
+  }
   std::vector<double> work;
   try {
     work.assign(static_cast<std::size_t>(nseasons), 0.0);
@@ -261,6 +273,7 @@ int zwinprd(const double* x, const char* misflg, double xscale, long n, int nsea
             int additive, double wlevel, double wtrend, double wseason, double* level,
             double* trend, double* sfactor, const int* scodes, long start, long end, long lead,
             double se2, double siglev, int startflg, double* mse, double* strptr) noexcept {
+  if (noCodes(nseasons, scodes)) return kEsmBadArg;
   const Winters m{{wlevel, wtrend, wseason}, additive};
   EsState s{*level, *trend, sfactor, nseasons};
   const int rc = zespass::prd(m, x, misflg, scodes, xscale, n, s, start, end, lead, se2, siglev,

@@ -160,14 +160,19 @@ TEST(ModelFamily, PsiWeightsAreTheShockResponseAndGiveTheVariance) {
   for (const auto& c : models()) {
     if (c.mult) continue;  // the multiplicative forms are not linear in the shocks
     const ESMMODELSET* set = esmmodelset(c.method);
-    // The method table's psi entry has no season count: exact up to lead ns.
-    const long npsi = c.ns ? c.ns : 10;
-    std::vector<double> psi(static_cast<std::size_t>(npsi));
-    ASSERT_EQ(set->psi(c.w, npsi, psi.data()), 0);
-    EXPECT_EQ(psi[0], 1.0);
-    for (long m = 1; m < npsi; ++m)
-      EXPECT_NEAR(psi[static_cast<std::size_t>(m)], shockResponse(c, startState(c), m), 1e-9)
+    // The method table's psi entry takes the cycle, so its weights follow
+    // the shock response through several cycles, seasonal terms included.
+    const long nlong = c.ns ? 3 * c.ns + 1 : 10;
+    std::vector<double> along(static_cast<std::size_t>(nlong));
+    ASSERT_EQ(set->psi(c.w, c.ns, nlong, along.data()), 0);
+    EXPECT_EQ(along[0], 1.0);
+    for (long m = 1; m < nlong; ++m)
+      EXPECT_NEAR(along[static_cast<std::size_t>(m)], shockResponse(c, startState(c), m), 1e-9)
           << c.name << " psi " << m;
+    // The rows' lead variances are compared within one cycle, where the
+    // closed form of SEASONAL and the psi sum coincide.
+    const long npsi = c.ns ? c.ns : 10;
+    const std::vector<double> psi(along.begin(), along.begin() + npsi);
 
     // Lead variances of the prediction rows: se2 times the sum of the
     // first k squared psi weights.
@@ -476,7 +481,7 @@ TEST(ModelFamily, EsmsumAtOneLeadIsThatLeadsVariance) {
         EXPECT_NEAR(s1, sd[static_cast<std::size_t>(39 + k)], 1e-10) << c.name << " lead " << k;
       }
       std::vector<double> psi(static_cast<std::size_t>(k));
-      esmmodelset(c.method)->psi(o.m->parms.parms.data(), k, psi.data());
+      esmmodelset(c.method)->psi(o.m->parms.parms.data(), c.ns, k, psi.data());
       double sum = 0;
       for (double p : psi) sum += p * p;
       EXPECT_NEAR(s1 * s1, o.m->pest.mse * sum, 1e-10 * (1 + s1 * s1)) << c.name;
