@@ -43,12 +43,12 @@ struct EsState {
 
 namespace zespass {
 
-// The season code of observation t: the caller's codes when given,
-// otherwise the position in the cycle counted from the first observation.
+// The season code of observation t. Seasonal entry points refuse a cycle
+// of two or more seasons without codes, so only a one-season cycle (code 0
+// throughout) arrives here without them.
 inline int seasonOf(const int* scodes, long t, int ns) noexcept {
-  if (ns < 1) return 0;
-  if (scodes != nullptr) return scodes[t];
-  return static_cast<int>(t % ns);
+  if (ns < 1 || scodes == nullptr) return 0;
+  return scodes[t];
 }
 
 // The factor of season sc, or 0 for a model without seasons.
@@ -317,19 +317,6 @@ inline void recentre(int ns, int additive, int k, double* L, double* T, double* 
     for (int i = 0; i < k; ++i) dt[i] = ib[i] * *T + dt[i] * ibar;
     *T *= ibar;
   }
-}
-
-// Season codes of a record whose codes were never filled in (all 0 on a
-// cycle of at least 2 seasons, which no calendar gives a series of two or
-// more periods): the position in the cycle from the first observation.
-inline void fillCycleCodes(WINMODEL& m) noexcept {
-  const int ns = m.ts.nseasons;
-  if (ns < 2 || m.ts.scodes.size() < 2) return;
-  for (const int c : m.ts.scodes)
-    if (c != 0) return;
-  for (std::size_t t = 0; t < m.ts.scodes.size(); ++t)
-    m.ts.scodes[t] = static_cast<int>((static_cast<std::size_t>(m.ts.nstart) + t) %
-                                      static_cast<std::size_t>(ns));
 }
 
 }  // namespace qvt::zespass
