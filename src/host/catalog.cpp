@@ -12,7 +12,9 @@ using enum Severity;
 // Groups: 743 the procedure's own messages and labels, 881 run information and
 // intermittent models, 882 time ID positioning, 773 the LEAD= limit, 129 the
 // parser, 900 the host layer (command line, data sets, pools, spools).
-// Keep the rows sorted by group and number: catalogFind searches by halving.
+// Keep the rows of every part sorted by group and number: catalogFind
+// searches each by halving. This part holds the parser's and the host's own
+// rows; the engine's stages keep theirs in catalog_<stage>.cpp.
 constexpr CatalogEntry kCatalog[] = {
     // --- group 129: statement parser ---
     {129, 1, Error, "{1}: the quoted string that starts here is not terminated.\n{2}"},
@@ -92,14 +94,19 @@ constexpr CatalogEntry kCatalog[] = {
 
 }  // namespace
 
-std::span<const CatalogEntry> catalogAll() noexcept { return kCatalog; }
+std::array<std::span<const CatalogEntry>, 5> catalogParts() noexcept {
+  return {std::span<const CatalogEntry>(kCatalog), catalogRun(), catalogInput(), catalogStatements(),
+          catalogOutput()};
+}
 
 const CatalogEntry* catalogFind(int group, int number) noexcept {
   auto key = [](const CatalogEntry& e) { return std::pair{e.group, e.number}; };
-  auto it = std::lower_bound(std::begin(kCatalog), std::end(kCatalog), std::pair{group, number},
-                             [&](const CatalogEntry& e, const std::pair<int, int>& k) { return key(e) < k; });
-  if (it == std::end(kCatalog) || key(*it) != std::pair{group, number}) return nullptr;
-  return &*it;
+  for (std::span<const CatalogEntry> part : catalogParts()) {
+    auto it = std::lower_bound(part.begin(), part.end(), std::pair{group, number},
+                               [&](const CatalogEntry& e, const std::pair<int, int>& k) { return key(e) < k; });
+    if (it != part.end() && key(*it) == std::pair{group, number}) return &*it;
+  }
+  return nullptr;
 }
 
 std::string catalogFormat(const CatalogEntry& e, std::span<const MsgArg> args) {

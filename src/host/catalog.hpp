@@ -2,6 +2,7 @@
 // a text whose placeholders {1}, {2} ... take the message's arguments.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <span>
@@ -23,6 +24,12 @@ const CatalogEntry* catalogFind(int group, int number) noexcept;
 // The text of a message with its arguments put in place.
 std::string catalogFormat(const CatalogEntry& e, std::span<const MsgArg> args);
 
-std::span<const CatalogEntry> catalogAll() noexcept;
+// The catalogue comes in parts, each sorted by group and number; a group and
+// number stands in one part only.
+std::span<const CatalogEntry> catalogRun() noexcept;         // the driver and the per-series run
+std::span<const CatalogEntry> catalogInput() noexcept;       // BY-group input, time ID checks, positions
+std::span<const CatalogEntry> catalogStatements() noexcept;  // statements into the run
+std::span<const CatalogEntry> catalogOutput() noexcept;      // output data sets and the spool
+std::array<std::span<const CatalogEntry>, 5> catalogParts() noexcept;
 
 }  // namespace qvt
