@@ -11,6 +11,7 @@
 
 #include "calendar/interval.hpp"
 #include "host/host.hpp"
+#include "run/missing.hpp"
 
 namespace qvt {
 
@@ -21,12 +22,12 @@ struct ZINT_STATS {
   long n = 0;      // non-missing values
   long nmiss = 0;  // missing values
   long nextr = 0;  // values above the extreme limit
-  double min = 0, max = 0, range = 0;
-  double sum = 0, mean = 0;
-  double uss = 0;  // uncorrected sum of squares
-  double css = 0;  // corrected sum of squares
-  double var = 0, std = 0;  // divisor n - 1
-  double median = 0;
+  double min = kMissing, max = kMissing, range = kMissing;
+  double sum = kMissing, mean = kMissing;
+  double uss = kMissing;  // uncorrected sum of squares
+  double css = kMissing;  // corrected sum of squares
+  double var = kMissing, std = kMissing;  // divisor n - 1
+  double median = kMissing;
   char sumfail = 0;   // the sum overflowed
   char sum2fail = 0;  // the sums of squares overflowed
   char quantfail = 0; // the median failed
@@ -61,11 +62,19 @@ int zinttipErr(Host& host, const u_sname* variable, const char* lib, const u_sna
 int zinttic(const long* pos, long ntid, long nobs, char* flags, long* ndups, long* ngaps);
 
 // Accumulates observations into T cells from position `start` by ACCUMULATE=
-// code `dup` (0 NONE .. 13 NMISS).
+// code `dup` (0 NONE .. 13 NMISS); norm[t] is the cell of position start + t.
+// With several variables, colorder set keeps each variable's observations
+// (and cells) together: data[j * ntid + i], norm[j * T + t]; without it the
+// variables of one observation stand together: data[i * nvars + j],
+// norm[t * nvars + j]. 0; -1 out of memory; -2 an overflow (refused, not
+// rounded); -99 a bad argument.
 int zinttim(const long* pos, long ntid, const double* data, int nvars, long start, long T,
             int colorder, int dup, double* norm);
 
-// Puts observation `obs` into its cell (the per-observation step of zinttim).
+// Puts observation `obs` (at data[obs * nvars + j], cells norm[c * nvars + j])
+// into the cell of position pos: the per-observation step of zinttim. sqr
+// and npos may be null when the code needs no sum of squares or count.
+// 0; 1 when a missing value was skipped; -1 an overflow.
 int zinttia(long pos, long obs, const double* data, int nvars, long start, long T, int colorder,
             int dup, double* norm, double* sqr, long* npos);
 
