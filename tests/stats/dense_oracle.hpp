@@ -1,13 +1,25 @@
-// Dense reference arithmetic for the packed-matrix tests: packing by rows of
-// the lower triangle, and an inverse by Gauss-Jordan elimination with partial
-// pivoting in long double, independent of the routines under test.
+// Reference arithmetic for the stats tests: packing by rows of the lower
+// triangle, an inverse by Gauss-Jordan elimination with partial pivoting in
+// long double (independent of the routines under test), and the comparison
+// in digits of agreement against a long double reference.
 #pragma once
 
 #include <cmath>
+#include <gtest/gtest.h>
 #include <utility>
 #include <vector>
 
 namespace qvt::testing_dense {
+
+constexpr long double kPiL = 3.141592653589793238462643383279503L;
+
+// |got - want| within rel of |want|, with a floor for values that are 0 to
+// within double rounding.
+inline void expectRel(double got, long double want, double rel, const char* what, double at) {
+  const long double err = std::fabs(static_cast<long double>(got) - want);
+  EXPECT_LE(err, rel * std::fabs(want) + 1e-300L)
+      << what << " at " << at << ": got " << got << " want " << static_cast<double>(want);
+}
 
 using Dense = std::vector<std::vector<double>>;
 

@@ -51,15 +51,6 @@ TEST(Cholesky, FactorRebuildsTheMatrix) {
   }
 }
 
-TEST(Cholesky, HandWorkedFactor) {
-  // [[4, 2], [2, 10]] = [[1, 0], [0.5, 1]] diag(4, 9) [[1, 0.5], [0, 1]].
-  double a[] = {4, 2, 10};
-  ASSERT_EQ(zrchol(a, 2, 1e-12), 0);
-  EXPECT_EQ(a[0], 4.0);
-  EXPECT_EQ(a[1], 0.5);
-  EXPECT_EQ(a[2], 9.0);
-}
-
 TEST(Cholesky, InverseMatchesGaussJordan) {
   for (const Dense* m : {&kSpd3, &kSpd4, &kHilbert5}) {
     const int n = static_cast<int>(m->size());

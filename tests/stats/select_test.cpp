@@ -43,22 +43,6 @@ TEST(Select, AgreesWithSortingOnRandomAndTiedData) {
   }
 }
 
-TEST(Select, MedianAsCallersReadIt) {
-  // Even n: positions n/2 - 1 and (through xj1) n/2; odd n: position n/2.
-  struct Case { std::vector<double> x; double median; };
-  const Case cases[] = {
-      {{5}, 5}, {{3, 1}, 2}, {{9, 1, 5}, 5}, {{4, 4, 4, 4}, 4}, {{7, -1, 3, 3, 10, 2}, 3}, {{1e300, -1e300, 0}, 0},
-  };
-  for (const auto& c : cases) {
-    auto x = c.x;
-    const long n = static_cast<long>(x.size());
-    const double pos = static_cast<double>(n % 2 ? n / 2 : n / 2 - 1);
-    double xj = 0, xj1 = 0;
-    ASSERT_EQ(zqpsort(n, x.data(), nullptr, 1, &pos, &xj, &xj1, nullptr, 0, nullptr), 0);
-    EXPECT_EQ(n % 2 ? xj : 0.5 * (xj + xj1), c.median);
-  }
-}
-
 TEST(Select, PayloadTravelsWithItsValue) {
   std::vector<double> x = {3.5, -1.0, 8.25, 0.5, 2.0, 7.0};
   std::vector<std::int32_t> tag = {0, 1, 2, 3, 4, 5};
@@ -93,21 +77,6 @@ TEST(Select, WeightedPositionsCountWeight) {
   for (int i = 0; i < 4; ++i) {
     const double wanted = x[i] == 1 ? 2.0 : x[i] == 2 ? 0.0 : x[i] == 3 ? 1.5 : 0.5;
     EXPECT_EQ(w[i], wanted) << x[i];
-  }
-}
-
-TEST(Select, UnitWeightsEqualTheUnweightedSelection) {
-  std::vector<double> x = {5, 3, 9, 1, 7, 3, 8};
-  std::vector<double> w(7, 1.0);
-  const auto s = sorted(x);
-  for (int k = 0; k < 7; ++k) {
-    auto xa = x;
-    auto wa = w;
-    const double pos = k;
-    double xj = 0, xj1 = 0;
-    ASSERT_EQ(zqpsort(7, xa.data(), wa.data(), 1, &pos, &xj, &xj1, nullptr, 0, nullptr), 0);
-    EXPECT_EQ(xj, s[k]);
-    EXPECT_EQ(xj1, s[std::min(k + 1, 6)]);
   }
 }
 

@@ -80,18 +80,6 @@ TEST(Sweep, RegressionThroughTheCrossProductMatrix) {
   EXPECT_EQ(cc[3], '0');
 }
 
-TEST(Sweep, HandWorkedOneRegressor) {
-  // [[x'x, x'y], [x'y, y'y]] = [[4, 6], [6, 25]]: b = 1.5, RSS = 25 - 36/4 = 16.
-  double a[] = {4, 6, 25};
-  char cc[2] = {'0', '0'};
-  ASSERT_EQ(hostSweep(1e-12, a, 0, 2, cc, nullptr), 0);
-  EXPECT_EQ(a[0], -0.25);
-  EXPECT_EQ(a[1], 1.5);
-  EXPECT_EQ(a[2], 16.0);
-  EXPECT_EQ(cc[0], '1');
-  EXPECT_EQ(cc[1], '0');
-}
-
 TEST(Sweep, PivotAtOrBelowToleranceLeavesEverything) {
   struct Case { double pivot, tol; };
   for (const Case& c : {Case{0.0, 0.0}, Case{1e-3, 1e-3}, Case{-2.0, 1e-12}, Case{1e-20, 1e-18}}) {
