@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "run/dovqvt.hpp"
 #include "statements/parser.hpp"
 #include "statements/procstr.hpp"
 #include "statements/scanner.hpp"
@@ -27,7 +28,6 @@ constexpr int kForecastVarsField = 1;
 
 enum CliMsg : int {
   kMsgCantReadProgram = 1,  // (file, reason)
-  kMsgNotRunnable = 2,      // (line of the step)
   kMsgStepRc = 3,           // (line of the step, rc)
 };
 
@@ -134,13 +134,13 @@ int runProgram(ProcessHost& host, const ProgramSource& src) {
   for (StepRun& r : runs) {
     const int line = r.records.head.empty() ? 0 : r.records.head.front().pos.line;
     if (r.rc == 0) {
-      // The statements are sound; the run driver that would execute them is
-      // not part of this build, and the step says so rather than pretend.
-      hostMsgLog(host, kMsgGroupCli, kMsgNotRunnable, {static_cast<long long>(line)});
-      r.rc = 4;
+      // hostRunStep ends the step itself: outputs go into place or are
+      // discarded by the step's return code.
+      r.rc = hostRunStep(host, [&] { dovqvt(host, r.records); });
+    } else {
+      host.stepEnd(r.rc);
     }
     hostMsgLog(host, kMsgGroupCli, kMsgStepRc, {static_cast<long long>(line), static_cast<long long>(r.rc)});
-    host.stepEnd(r.rc);
     worst = std::max(worst, r.rc);
   }
   return worst;

@@ -8,7 +8,20 @@ namespace {
 using enum Severity;
 
 constexpr CatalogEntry kRows[] = {
-    {0, 0, Note, ""},  // placeholder; replaced by the first real row
+    {743, 101, Note, "{1} series were processed."},
+    {743, 102, Note, "A model was requested for {1} of them."},
+    {743, 103, Note, "{1} series failed; their output rows have missing forecasts. The messages before this one say why."},
+    {743, 110, Warning, "A BY group has no more periods than BACK= leaves out, so none of its series was forecast and it has no output rows. Lower BACK= or give the group more data."},
+    {743, 120, Note, "More series failed than MAXERROR= allows messages for; the messages of the later failures were left out. Raise MAXERROR= to see them all."},
+    {743, 2000, Error, "Out of memory while forecasting the series {1}; it has no output rows. Raise --memsize or use fewer periods per BY group."},
+    {743, 2001, Warning, "The series {1} has fewer than two usable values in the fit range, so no model was fitted and its forecasts are missing. Check the data, START=, END=, BACK= and ZEROMISS=."},
+    {743, 2002, Warning, "The series {1} has a value of zero or below, which a multiplicative model can't take; its forecasts are missing. Use an additive model for it."},
+    {743, 2003, Warning, "The model of the series {1} could not be estimated; its forecasts are missing. Try a simpler MODEL=, or check the data for extreme values."},
+    {743, 2007, Warning, "The transformation of the series {1} failed, so no model was fitted and its forecasts are missing. Check that its values suit TRANSFORM=, or use TRANSFORM=NONE."},
+    {743, 2090, Warning, "The series {1} asks for {2}, which chooses a model automatically; model selection is not built yet, so the series was not forecast. Name one model instead, e.g. MODEL=SIMPLE or MODEL=SEASONAL."},
+    {743, 2091, Warning, "The series {1} asks for TRANSFORM={2}; transformations are not built yet, so the series was not forecast. Use TRANSFORM=NONE."},
+    {743, 2092, Warning, "The series {1} asks for MODEL={2}, which needs the intermittent-demand models; they are not built yet, so the series was not forecast. Name a smoothing model instead, e.g. MODEL=SIMPLE."},
+    {743, 2093, Note, "Printed tables and plots are not built yet; the PRINT= and PLOT= requests of this step were ignored. The output data sets are written as usual."},
 };
 
 }  // namespace

@@ -14,4 +14,41 @@ void dovqvt(Host& host, const PROCSTR& stmts);
 // Runs all series of one BY group.
 void qvtrun(QVTCOM* com);
 
+// The pieces of the per-series run that its stages share.
+
+// Writes out.y of the series in hand: to the spool with several series, as
+// OUT= rows with one. A spool that fails ends the step (rc 1020).
+void putresult(QVTCOM* com);
+
+// Ends the series in hand with `status`: its rows, its summary row, the
+// failure count. True while the count allows a message.
+bool failure(QVTCOM* com, int status);
+
+// Tests the memory deficit of the series in hand: 0 when none, else -1
+// after the out-of-memory messages, with error set and rc raised.
+int memory(QVTCOM* com);
+
+// Puts series varno (from 0) of the BY group into in.y.
+void getseries(QVTCOM* com, int varno);
+
+// Messages of the driver and the per-series run, group 743.
+enum RunMsg : int {
+  kMsgSeriesTotal = 101,      // (series seen)
+  kMsgRequestedTotal = 102,   // (series with a model requested)
+  kMsgFailureTotal = 103,     // (series that failed)
+  kMsgGroupTooShort = 110,    // ()
+  kMsgFailuresCut = 120,      // ()
+  kMsgSeriesMemory = 2000,    // (variable)
+  kMsgTooFewValues = 2001,    // (variable)
+  kMsgNonPositive = 2002,     // (variable)
+  kMsgEstimation = 2003,      // (variable)
+  kMsgTransformFailed = 2007, // (variable)
+  // Stages of the run that this build does not have yet; each ends the
+  // series through the ordinary failure path, or is noted once per step.
+  kMsgSelectionNotBuilt = 2090,     // (variable, model)
+  kMsgTransformNotBuilt = 2091,     // (variable, transformation)
+  kMsgIntermittentNotBuilt = 2092,  // (variable, model)
+  kMsgPrintNotBuilt = 2093,         // ()
+};
+
 }  // namespace qvt

@@ -1,0 +1,97 @@
+// The entry routine of a procedure step: the run-wide record, the set-up of
+// statements and outputs, the loop over BY groups and the totals.
+#include "run/dovqvt.hpp"
+
+#include <memory>
+
+#include "output/qvtds.hpp"
+#include "output/ztspool.hpp"
+#include "run/qvtin.hpp"
+#include "run/qvtout.hpp"
+#include "statements/qvtpars.hpp"
+
+namespace qvt {
+namespace {
+
+// Printed tables and plots have no output layer in this build: a step that
+// asks for any says so once instead of printing nothing without a word.
+void notePrinting(QVTCOM* com) {
+  const auto& p = com->print;
+  const auto& g = com->plot;
+  const bool print = p.all || p.descstats || p.summary || p.estimates || p.states || p.forecasts ||
+                     p.statistics || p.trends || p.seasons || p.performance || p.performancesummary ||
+                     p.performanceoverall || p.summaryonly || p.overallonly || p.details || p.internal;
+  const bool plot = g.all || g.basic || g.errors || g.acf || g.pacf || g.iacf || g.wn || g.corr ||
+                    g.periodogram || g.spectrum || g.models || g.levels || g.trends || g.seasons ||
+                    g.modelforecasts || g.forecasts || g.forecastsonly;
+  if (print || plot) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
+}
+
+// Ends the group's series all at once: a frame no longer than BACK= leaves
+// nothing to fit.
+void groupTooShort(QVTCOM* com) {
+  if (com->counts.failures < com->maxerror) hostMsgLog(*com->host, kMsgProc, kMsgGroupTooShort);
+  com->counts.series += com->nvars;
+  com->counts.requested += com->nvars;
+  com->counts.failures += com->nvars;
+}
+
+void runGroup(QVTCOM* com) {
+  Host& host = *com->host;
+  qvtin(com);
+  if (com->error != 0 || com->out.nobs == 0) return;
+  if (com->out.nobs <= com->istmt.back) {
+    groupTooShort(com);
+    return;
+  }
+  const long back = com->istmt.back;
+  if (com->nvars >= 2) {
+    // Record-major input to series-major, so that one series at a time is read.
+    if (zttrans(host, com->outfile, com->infile, com->in.nobs, com->nvars) != 0 || com->error != 0)
+      return;
+  }
+  qvtrun(com);
+  if (com->error != 0) return;
+  if (com->nvars >= 2) {
+    // Series-major results back to one row per period for OUT=. A series that
+    // ran out of memory left its row out, and the transposition then meets
+    // the end of the spool: the group has no OUT= rows.
+    if (zttrans(host, com->outfile, com->infile, com->nvars, com->out.tobs - back) == 0 &&
+        com->error == 0)
+      qvtout(com);
+  }
+}
+
+}  // namespace
+
+void dovqvt(Host& host, const PROCSTR& stmts) {
+  // The record lives for the step; the heap keeps the caller's stack small.
+  auto owner = std::make_unique<QVTCOM>();
+  QVTCOM* com = owner.get();
+  com->host = &host;
+  com->qvtmsg = kMsgProc;
+  com->rc = 0;
+
+  qvtpars(com, stmts);
+  if (com->error != 0 || com->rc > kRcWarning) hostExit(host, com->rc, 0);
+  qvtds(com);
+  if (com->error != 0) hostExit(host, com->rc, 0);
+  notePrinting(com);
+
+  com->error = 0;
+  com->memdef = 0;
+  while (hostByNext(host, com->ds.data.fileid) != 0) {
+    runGroup(com);
+    com->error = 0;
+    com->memdef = 0;
+  }
+
+  if (com->nvars >= 2) qvtend(com);
+  if (com->counts.failures > com->maxerror) hostMsgLog(host, kMsgProc, kMsgFailuresCut);
+  hostMsgLog(host, kMsgProc, kMsgSeriesTotal, {static_cast<long long>(com->counts.series)});
+  hostMsgLog(host, kMsgProc, kMsgRequestedTotal, {static_cast<long long>(com->counts.requested)});
+  hostMsgLog(host, kMsgProc, kMsgFailureTotal, {static_cast<long long>(com->counts.failures)});
+  hostExit(host, com->rc, 0);
+}
+
+}  // namespace qvt

@@ -1,0 +1,278 @@
+// The per-series run of one BY group: from the raw records of each series to
+// its rows in every output that was asked for. A series that fails gets its
+// status, its rows with missing forecasts and, within MAXERROR=, a message;
+// the loop always goes on with the next one.
+#include <algorithm>
+#include <cmath>
+
+#include "calendar/zintcycle.hpp"
+#include "calendar/zintti.hpp"
+#include "output/qvtds.hpp"
+#include "output/ztspool.hpp"
+#include "run/append.hpp"
+#include "run/dovqvt.hpp"
+#include "run/qvtin.hpp"
+#include "smoothing/esmfor.hpp"
+
+namespace qvt {
+namespace {
+
+// Owns the smoothing model of the series in hand: every way out of the
+// series frees it (esmtrm takes null).
+struct ModelGuard {
+  WINMODEL* esm = nullptr;
+  ModelGuard() = default;
+  ModelGuard(const ModelGuard&) = delete;
+  ModelGuard& operator=(const ModelGuard&) = delete;
+  ~ModelGuard() { esmtrm(esm); }
+};
+
+bool supportedSmoothing(int method) noexcept {
+  switch (method) {
+    case kModelSimple: case kModelLinear: case kModelDampTrend: case kModelDouble:
+    case kModelSeasonal: case kModelAddWinters: case kModelWinters: case kModelMultSeasonal:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// The message of a failed esmint, esmfit or esmprd; none for memory (-100),
+// which has been reported by the driver already.
+void modelMessage(QVTCOM* com, int r) {
+  if (r == -100) return;
+  const int number = r == -2 ? kMsgTooFewValues : r == -7 ? kMsgNonPositive : kMsgEstimation;
+  hostMsgLog(*com->host, kMsgProc, number, {com->current.var.str()});
+}
+
+// The holdout of the smoothing path and that of the demand series, from
+// HOLDOUT= and HOLDOUTPCT= (already a fraction).
+void holdouts(QVTCOM* com, const FORSTMT& f, long n, long* hd) {
+  const double hp = f.holdoutpct;
+  const long h = f.holdout;
+  if (!(hp > 0)) {
+    com->current.holdout = h;
+    *hd = h;
+    return;
+  }
+  const auto part = [hp](long m) { return static_cast<long>(std::floor(hp * static_cast<double>(m))); };
+  if (h < 1) {
+    com->current.holdout = part(n);
+    *hd = part(com->out.nobs);
+  } else {
+    com->current.holdout = std::min(h, part(n));
+    *hd = std::min(h, part(com->out.nobs));
+  }
+}
+
+// One series, from its raw records to its rows. Every return is the end of
+// the series; the caller goes on with the next one.
+void runSeries(QVTCOM* com, int k, int nseasons) {
+  Host& host = *com->host;
+  VAR& v = com->vars[k];
+  const FORSTMT& f = *v.fstmt;
+  auto& cur = com->current;
+  const long back = com->istmt.back;
+  const int lead = com->istmt.lead;
+
+  com->counts.series += 1;
+  int method = f.model.code;
+  int trnscode = f.transform.code;
+  cur.varptr = &v;
+  cur.var = v.name;
+  cur.varlabel = v.label.len >= 1 ? v.label : u_slabel(v.name.view());
+  cur.modelcode = method;
+  cur.trnscode = trnscode;
+  cur.trnsparm = f.transform.parm;
+  cur.trnsname = f.transform.name;
+  cur.trns = f.transform.label;
+
+  cur.status = kStatusOk;
+  com->outsum.nobs = com->outsum.n = com->outsum.nmiss = 0;
+  com->outsum.pred = com->outsum.std = com->outsum.upper = com->outsum.lower = kMissing;
+  com->outsum.stats.min = com->outsum.stats.max = com->outsum.stats.mean = com->outsum.stats.std =
+      kMissing;
+  if (lead > 0 && com->outsum.forlead != nullptr) vzfdl(kMissing, com->outsum.forlead, lead);
+
+  getseries(com, k);
+  if (com->trend.request != 0) analysis(com);
+  accumulate(com, f.acc.code);
+  if (f.setmiss.specified && f.setmiss.code != 0)
+    zinttis(com->out.y, com->out.nobs, f.setmiss.code, f.setmiss.value, com->out.y, nullptr, nullptr);
+  zeromiss(com);
+
+  // The used range: from the first to the last value of the fit range. The
+  // horizon grows by the missing tail, so that the forecast starts right
+  // behind the last value and all series end at the same period.
+  const double* y = com->out.y;
+  const long N = com->out.nobs - back;
+  long s = 0;
+  while (s < N && wzmis(y[s])) ++s;
+  long e = N;
+  while (e > s && wzmis(y[e - 1])) --e;
+  const long n = std::max(e - s, 0L);
+  cur.y = com->out.y + s;
+  cur.start = s;
+  cur.nobs = n;
+  com->outsum.nobs = static_cast<double>(n);
+  cur.lead = N - e + lead;
+  const double first = n > 0 ? com->out.id[s] : (N > 0 ? com->out.id[0] : 0.0);
+  cur.first = first;
+  cur.last = n > 0 ? com->out.id[s + n - 1] : first;
+
+  if (method == kModelNone) {
+    putresult(com);
+    return;
+  }
+  com->counts.requested += 1;
+  if (n < 1) {
+    if (failure(com, kStatusNoData)) hostMsgLog(host, kMsgProc, kMsgTooFewValues, {cur.var.str()});
+    return;
+  }
+  long hd = 0;
+  holdouts(com, f, n, &hd);
+
+  // The intermittent-demand path and the decision for it are not in this
+  // build; such a series ends as one whose demand series can't be set up.
+  if (method == kModelBestAll || method == kModelCroston) {
+    if (failure(com, kStatusForecast))
+      hostMsgLog(host, kMsgProc, kMsgIntermittentNotBuilt, {cur.var.str(), f.model.name.str()});
+    return;
+  }
+
+  // Smoothing path.
+  cur.modelcode = method;
+  if (trnscode == kTrnsNone) {
+    cur.x = cur.y;
+  } else {
+    // The transformations and their back-transforms are not in this build.
+    if (failure(com, kStatusTransform))
+      hostMsgLog(host, kMsgProc, kMsgTransformNotBuilt, {cur.var.str(), f.transform.name.str()});
+    return;
+  }
+  if (best(com, nseasons) < 0) {
+    failure(com, kStatusNoData);  // best has issued its message
+    return;
+  }
+  method = cur.modelcode;
+  trnscode = cur.trnscode;
+  cur.x = trnscode != kTrnsNone ? com->out.actual : cur.y;
+  if (!supportedSmoothing(method)) {
+    if (failure(com, kStatusNoData))
+      hostMsgLog(host, kMsgProc, kMsgSelectionNotBuilt, {cur.var.str(), f.model.name.str()});
+    return;
+  }
+
+  ModelGuard model;
+  int r = esmint(cur.x, n, &com->istmt.intv, first, nseasons, com->istmt.scode53, method, f.nbackcast,
+                 &model.esm);
+  if (r >= 0) r = esmfit(model.esm);
+  if (r < 0) {
+    if (failure(com, kStatusEstimation)) modelMessage(com, r);
+    return;
+  }
+
+  if (com->ds.outest.fileid) qvtdest(com, model.esm);
+  if (memory(com) < 0) return;
+
+  // The result vectors of the forecast: out's, from the first used period.
+  const long tobs = com->out.tobs;
+  for (double* vec : {com->out.predict, com->out.upper, com->out.lower, com->out.error, com->out.std,
+                      com->out.level, com->out.trend, com->out.season})
+    vzfdl(kMissing, vec, static_cast<std::size_t>(tobs));
+  FOR_OUT fore;
+  fore.alpha = f.alpha;
+  fore.predicted = com->out.predict;
+  fore.residual = com->out.error;
+  fore.upper = com->out.upper;
+  fore.lower = com->out.lower;
+  fore.std = com->out.std;
+  fore.level = com->out.level;
+  fore.trend = com->out.trend;
+  fore.season = com->out.season;
+
+  r = esmprd(model.esm, cur.x, n, first, com->istmt.scode53, f.alpha, static_cast<int>(cur.lead), &fore);
+  if (r < 0) {
+    if (failure(com, kStatusForecast)) modelMessage(com, r);
+    return;
+  }
+  // With BACK= the forecast rows of the BACK= periods have actual values;
+  // their residuals are those of the data.
+  if (trnscode != kTrnsNone || back > 0) {
+    for (long i = 0; i < fore.n; ++i) {
+      const double a = com->out.y[s + i];
+      const double p = fore.predicted[i];
+      fore.residual[i] = wzmis(a) || wzmis(p) ? kMissing : a - p;
+    }
+  }
+  fore.date = com->out.id + s;
+  fore.actual = com->out.y + s;
+  if (com->ds.outfor.fileid) qvtdfor(com, &fore);
+  if (com->ds.outcomp.fileid) qvtdcmp(com, &fore);
+  if (memory(com) < 0) return;
+
+  evaluation(com, model.esm, &fore);
+  performance(com, model.esm, &fore);
+  append(com, &fore, com->out.y);
+  putresult(com);
+  summation(com, model.esm, &fore);
+}
+
+}  // namespace
+
+void putresult(QVTCOM* com) {
+  if (com->nvars >= 2) {
+    if (ztput(*com->host, com->outfile, com->out.tobs - com->istmt.back, com->out.y) != 0) {
+      hostMsgLog(*com->host, kMsgProc, kMsgSpoolFailed);
+      raiseRc(*com, kRcSpool);
+      hostExit(*com->host, com->rc, 0);
+    }
+  } else {
+    qvtdout(com);
+  }
+}
+
+bool failure(QVTCOM* com, int status) {
+  com->current.status = status;
+  putresult(com);
+  com->counts.failures += 1;
+  return com->counts.failures <= com->maxerror;
+}
+
+int memory(QVTCOM* com) {
+  com->memdef += hostMemDefault(*com->host);
+  if (com->memdef == 0) return 0;
+  hostMemMessage(*com->host, com->memdef);
+  com->memdef = 0;
+  hostMsgLog(*com->host, kMsgProc, kMsgSeriesMemory, {com->current.var.str()});
+  com->error = 1;
+  raiseRc(*com, memoryRc(*com));
+  return -1;
+}
+
+void getseries(QVTCOM* com, int varno) {
+  // With one series in.y holds it already; the result of the read isn't
+  // examined, as a short read leaves missing cells that fail the series.
+  if (com->nvars >= 2) ztget(*com->host, com->infile, varno, com->in.nobs, com->in.y);
+}
+
+void qvtrun(QVTCOM* com) {
+  if (com->error != 0) return;
+  // The seasonal cycle of the group: the ID statement's SEASONALITY=, else
+  // that of the interval at the first period.
+  int nseasons = com->istmt.seasonality;
+  if (nseasons < 1) {
+    INTERVAL sintv;
+    int ns = 0;
+    nseasons = zintsea(&com->istmt.intv, com->out.id[0], &sintv, &ns) != 0 ? 0 : ns;
+  }
+  if (nseasons > 1 && com->trend.request != 0) {
+    com->trend.ns = nseasons;
+    zintscd(com->istmt.intv, com->out.id[0], com->istmt.scode53, com->out.nobs, com->trend.scodes,
+            &com->trend.ns);
+  }
+  for (int k = 0; k < com->nvars; ++k) runSeries(com, k, nseasons);
+  com->error = 0;
+}
+
+}  // namespace qvt
