@@ -767,10 +767,20 @@ class Parser {
   }
 };
 
+// The trace flags that the host option DEBUG asks for.
+void traceFlags(const Host& host, PROCSTR& out) {
+  const std::optional<std::string> debug = hostOptionGet(host, "DEBUG");
+  if (!debug || debug->find_first_not_of(' ') == std::string::npos) return;
+  const std::string u = upper(*debug);
+  out.syndebug = u.find("SYN") != std::string::npos ? 1 : 0;
+  out.semdebug = u.find("SEM") != std::string::npos ? 1 : 0;
+}
+
 }  // namespace
 
 int xsparse(const Program& prog, const Step& step, Host& host, PROCSTR& out) {
   out = PROCSTR{};
+  traceFlags(host, out);
   // Lexical errors inside the step make it unusable as well.
   for (std::uint32_t at : prog.errorAt)
     if (at >= step.beginOffset && at < std::max(step.endOffset, step.beginOffset + 1)) ++out.nerrors;

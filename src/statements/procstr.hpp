@@ -122,6 +122,10 @@ struct PROCSTR {
   int nerrors = 0;   // errors reported while reading the step (lexical, syntax, values)
   int nrepaired = 0; // statements that were repaired and kept
   int nskipped = 0;  // statements that could not be repaired and were dropped
+  // Trace flags of the parser, from the host option DEBUG: its text holds
+  // "SYN" (syntax trace) or "SEM" (semantic trace), in any case.
+  char syndebug = 0;
+  char semdebug = 0;
 };
 
 // Code left in PROCSTR.error for statements that are unusable.

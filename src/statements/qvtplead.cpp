@@ -1,0 +1,37 @@
+// LEAD= and its limit.
+#include "statements/qvtpars.hpp"
+#include "statements/qvtpfields.hpp"
+
+namespace qvt {
+namespace {
+// The horizon is an int throughout the run, and every output vector is
+// LEAD= longer than the series: a hundred million periods is the most that
+// a run can allocate for.
+constexpr int kLeadLimit = 100000000;
+}  // namespace
+
+void qvtGetLEADLimit(int* limit) {
+  if (limit) *limit = kLeadLimit;
+}
+
+int qvtGetLEAD(QVTCOM* com, const STLIST* fld, int defaultLead, int opts, int* lead) {
+  int limit = 0;
+  qvtGetLEADLimit(&limit);
+  // Compared as a double: a written value may lie far beyond an int.
+  const double v = fld && fld->given() && fld->mode == StMode::Number ? fld->number() : defaultLead;
+  if (v <= limit) {
+    *lead = static_cast<int>(v);
+    return 0;
+  }
+  if (opts & 1) {
+    hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitError, {v, static_cast<long long>(limit)});
+    raiseRc(*com, kRcStatements);
+    com->error = 1;
+    hostExit(*com->host, com->rc);
+  }
+  hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitNote, {v, static_cast<long long>(limit)});
+  *lead = limit;
+  return -1;
+}
+
+}  // namespace qvt
