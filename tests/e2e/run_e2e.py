@@ -9,7 +9,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "exit": 0,                           # expected exit status
       "messages": [[743, 101], ...],       # (group, number) pairs that must appear in the jsonl log
       "absent": [[900, 12], ...],          # pairs that must not appear
-      "outputs": {"out.csv": "expect/out.csv"},   # produced file -> expected file (CSV, compared cell by cell)
+      "outputs": {"out.csv": "expect/out.csv"},   # produced file -> expected file (CSV, compared cell by cell);
+                                           # or -> {"expect": "expect/out.csv", "tolerance": 1e-3}
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
       "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
       "absent_files": ["out.csv"],         # files that must not exist after the run
@@ -137,7 +138,12 @@ def run_case(qvt, case_dir):
             if not os.path.exists(p):
                 errors.append(f"{produced} was not written")
                 continue
-            errors += compare_csv(p, os.path.join(case_dir, expected), tol)
+            # An output may carry its own tolerance: {"expect": path, "tolerance": t}.
+            otol = tol
+            if isinstance(expected, dict):
+                otol = expected.get("tolerance", tol)
+                expected = expected["expect"]
+            errors += compare_csv(p, os.path.join(case_dir, expected), otol)
         for absent in spec.get("absent_files", []):
             if os.path.exists(os.path.join(work, absent)):
                 errors.append(f"{absent} must not exist")

@@ -1,0 +1,190 @@
+#!/usr/bin/env python3
+"""Writes the inputs and the expected outputs of the forecasting cases under
+tests/e2e/run from the oracle in esm.py (never from qvt's output).
+
+    python3 tests/e2e/oracle/make_run_cases.py
+
+Programs and case.json files are kept by hand beside what this writes; the
+script only (re)writes the CSV files named below.
+"""
+import csv
+import datetime
+import os
+import random
+
+import esm
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+RUN = os.path.normpath(os.path.join(HERE, "..", "run"))
+
+
+def months(start_year, start_month, n):
+    out = []
+    y, m = start_year, start_month
+    for _ in range(n):
+        out.append(datetime.date(y, m, 1).isoformat())
+        m += 1
+        if m > 12:
+            y, m = y + 1, 1
+    return out
+
+
+def write(path, header, rows):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "w", newline="", encoding="utf-8") as f:
+        w = csv.writer(f, lineterminator="\n")
+        w.writerow(header)
+        for r in rows:
+            w.writerow(["" if v is None else v for v in r])
+
+
+def cell(v):
+    return esm.fmt(v) if (v is None or isinstance(v, float)) else v
+
+
+def noisy_walk(seed, n, start, step=1.0, noise=2.0):
+    """A local level observed with noise, rounded to one decimal: SES has an
+    interior optimum on such data."""
+    rnd = random.Random(seed)
+    level, xs = start, []
+    for _ in range(n):
+        level += step * (rnd.random() - 0.5)
+        xs.append(round(level + noise * (rnd.random() - 0.5), 1))
+    return xs
+
+
+def noisy_trend(seed, n, a, b, noise=3.0):
+    rnd = random.Random(seed)
+    slope, level, xs = b, a, []
+    for _ in range(n):
+        slope += 0.3 * (rnd.random() - 0.5)
+        level += slope
+        xs.append(round(level + noise * (rnd.random() - 0.5), 1))
+    return xs
+
+
+def outfor_rows(name, dates, rows, byval=None):
+    out = []
+    for d, (a, p, lo, up, e, sd) in zip(dates, rows):
+        r = [name, d, cell(a), cell(p), cell(lo), cell(up), cell(e), cell(sd)]
+        out.append(([byval] if byval is not None else []) + r)
+    return out
+
+
+OUTFOR_HEAD = ["_NAME_", "date", "ACTUAL", "PREDICT", "LOWER", "UPPER", "ERROR", "STD"]
+
+
+def case_dir(name):
+    return os.path.join(RUN, name)
+
+
+def main():
+    sales = noisy_walk(11, 24, 100.0)
+    d24 = months(2020, 1, 24)
+
+    # simple_one: one series, SIMPLE, LEAD=6, all of OUT=, OUTFOR=, OUTEST=.
+    c = case_dir("simple_one")
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24, sales))
+    w, rows = esm.ses_rows(sales, 6)
+    dates = months(2020, 1, 30)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", dates, rows))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "sales"],
+          [(d, cell(v if i < 24 else r[1])) for i, (d, v, r) in enumerate(zip(dates, sales + [None] * 6, rows))])
+    write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_MODEL_", "_PARM_", "_EST_"],
+          [("sales", "SIMPLE", "LEVEL", esm.fmt(w))])
+
+    # lead0: no forecasts; OUTFOR= holds the fit range only.
+    c = case_dir("lead0")
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24, sales))
+    _, rows = esm.ses_rows(sales, 0)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", d24, rows))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "sales"], [(d, cell(v)) for d, v in zip(d24, sales)])
+
+    # back: BACK=4 fits the first 20 periods; the BACK= rows carry actuals and
+    # errors of the data; OUT= keeps the actuals and adds LEAD-BACK forecasts.
+    c = case_dir("back")
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24, sales))
+    _, rows = esm.ses_rows(sales[:20], 6)
+    rows = [(a, p, lo, up, (a - p) if a is not None else None, sd)
+            for (_, p, lo, up, _, sd), a in zip(rows, sales + [None] * 2)]
+    d26 = months(2020, 1, 26)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", d26, rows))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "sales"],
+          [(d, cell(sales[i] if i < 24 else rows[i][1])) for i, d in enumerate(d26)])
+
+    # nooutall_lower: NOOUTALL keeps only the LEAD rows; USE=LOWER puts the
+    # lower limits into OUT=.
+    c = case_dir("nooutall_lower")
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24, sales))
+    _, rows = esm.ses_rows(sales, 3)
+    d27 = months(2020, 1, 27)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", d27, rows)[24:])
+    write(os.path.join(c, "expect", "out.csv"), ["date", "sales"], [(d27[i], cell(rows[i][2])) for i in range(24, 27)])
+
+    # start_end: START= two months ahead of the data, END= two months behind
+    # it; the forecast starts right behind the last value, so the horizon is
+    # LEAD plus the two trailing missing months.
+    c = case_dir("start_end")
+    d20 = months(2020, 3, 20)
+    x20 = sales[:20]
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d20, x20))
+    _, rows = esm.ses_rows(x20, 2 + 3)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", months(2020, 3, 25), rows))
+    frame = months(2020, 1, 27)
+    outv = [None, None] + [r[1] if i >= 20 else x20[i] for i, r in enumerate(rows)]
+    write(os.path.join(c, "expect", "out.csv"), ["date", "sales"], [(d, cell(v)) for d, v in zip(frame, outv)])
+
+    # linear_one: Holt's method on a noisy trend.
+    c = case_dir("linear_one")
+    units = noisy_trend(5, 30, 50.0, 2.0)
+    d30 = months(2019, 1, 30)
+    write(os.path.join(c, "series.csv"), ["date", "units"], zip(d30, units))
+    (w, g), rows = esm.holt_rows(units, 4)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("units", months(2019, 1, 34), rows))
+    write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_MODEL_", "_PARM_", "_EST_"],
+          [("units", "LINEAR", "LEVEL", esm.fmt(w)), ("units", "LINEAR", "TREND", esm.fmt(g))])
+
+    # by_groups: two BY groups in long form, each its own SIMPLE fit.
+    c = case_dir("by_groups")
+    ga = noisy_walk(21, 18, 40.0)
+    gb = noisy_walk(22, 15, 250.0, step=4.0, noise=8.0)
+    da, db = months(2021, 1, 18), months(2021, 4, 15)
+    write(os.path.join(c, "long.csv"), ["region", "date", "sales"],
+          [("east", d, v) for d, v in zip(da, ga)] + [("west", d, v) for d, v in zip(db, gb)])
+    _, ra = esm.ses_rows(ga, 3)
+    _, rb = esm.ses_rows(gb, 3)
+    write(os.path.join(c, "expect", "outfor.csv"), ["region"] + OUTFOR_HEAD,
+          outfor_rows("sales", months(2021, 1, 21), ra, "east") + outfor_rows("sales", months(2021, 4, 18), rb, "west"))
+
+    # too_short: the second group has as many periods as BACK=, so it isn't
+    # run (message 110); the first group is.
+    c = case_dir("too_short")
+    gs = [7.0, 9.0, 8.0]
+    write(os.path.join(c, "long.csv"), ["store", "date", "sales"],
+          [(1, d, v) for d, v in zip(da, ga)] + [(2, d, v) for d, v in zip(months(2021, 1, 3), gs)])
+    _, ra = esm.ses_rows(ga[:15], 5)
+    ra = [(a, p, lo, up, (a - p) if a is not None else None, sd)
+          for (_, p, lo, up, _, sd), a in zip(ra, ga + [None] * 2)]
+    write(os.path.join(c, "expect", "outfor.csv"), ["store"] + OUTFOR_HEAD,
+          outfor_rows("sales", months(2021, 1, 20), ra, "1"))
+
+    # spool_three: three series side by side, the third all missing: it fails
+    # (status 3000, message 2001) and its OUT= column has no values; the
+    # others are forecast as if alone.
+    c = case_dir("spool_three")
+    a = noisy_walk(31, 16, 10.0, step=0.5, noise=1.0)
+    b = noisy_walk(32, 16, 1000.0, step=20.0, noise=30.0)
+    d16 = months(2022, 1, 16)
+    write(os.path.join(c, "wide.csv"), ["date", "a", "b", "c"], [(d, x, y, None) for d, x, y in zip(d16, a, b)])
+    _, ra = esm.ses_rows(a, 4)
+    _, rb = esm.ses_rows(b, 4)
+    d20b = months(2022, 1, 20)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD,
+          outfor_rows("a", d20b, ra) + outfor_rows("b", d20b, rb))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "a", "b", "c"],
+          [(d, cell(a[i] if i < 16 else ra[i][1]), cell(b[i] if i < 16 else rb[i][1]), "")
+           for i, d in enumerate(d20b)])
+
+
+if __name__ == "__main__":
+    main()
