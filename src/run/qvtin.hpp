@@ -21,4 +21,27 @@ void zeromiss(QVTCOM* com);
 // Trend and season statistics of the raw records of the current series.
 void analysis(QVTCOM* com);
 
+// The steps of qvtin, exposed for the tests of each check.
+
+// Handles the time ID of the record in hand: 0 the record counts, 1 it is
+// skipped (com->error then says whether the group ends).
+int getid(QVTCOM* com);
+// Checks the ID value of the record against its predecessor: 0 good, 1 bad.
+int checkid(QVTCOM* com);
+// Sizes every array of the group; arrays only grow.
+void allocate(QVTCOM* com);
+// Works out the frame (out.first, out.last, out.forlast, the START= and END=
+// offsets) and returns its number of periods; -1 when a period can't be counted.
+long noutobs(QVTCOM* com);
+// Records a gap of `gap` periods.
+void warn(QVTCOM* com, long gap);
+// The gap and duplicate check of IDs that came out of order.
+void notsorted(QVTCOM* com);
+// 0 for rc not below 0; else 1020, after the time ID message for rc -1.
+int handleError(QVTCOM* com, int rc);
+
+// Width of the first column of the season statistics table for ns seasons:
+// 4 up to 9999, one more for each further decade up to 10, then 20.
+int seasonColumnWidth(long ns) noexcept;
+
 }  // namespace qvt
