@@ -12,10 +12,33 @@ namespace qvt {
 // not return (hostExit) when rc is above 4 at its end.
 void qvtds(QVTCOM* com);
 
+// The input's row buffer and bindings (series into ds.data.buf, the time ID
+// into id.val) and the OUT= columns: BY variables, time ID, one per series.
+void inout(QVTCOM* com);
+// The facts of the input: rid2n, in.enobs, and the pool tpool sized by them.
+void nobs(QVTCOM* com);
+
+// Definitions of OUTEST=, OUTFOR=, OUTCOMPONENT=; each expects its data set open.
+void outest(QVTCOM* com);
+void outfor(QVTCOM* com);
+void outcomp(QVTCOM* com);
+
 // Row writers; each does nothing when its data set wasn't asked for.
 void qvtdout(QVTCOM* com);                             // OUT=, one series
 void qvtdest(QVTCOM* com, const WINMODEL* esm);        // OUTEST=
 void qvtdfor(QVTCOM* com, const FOR_OUT* fore);        // OUTFOR=
 void qvtdcmp(QVTCOM* com, const FOR_OUT* fore);        // OUTCOMPONENT=
+
+// Message numbers of this stage (group 743).
+inline constexpr int kMsgSetupMemory = 3;      // out of memory while setting up the outputs
+inline constexpr int kMsgSpoolFailed = 40;     // a spool operation failed; the step ends
+inline constexpr int kMsgNotWrittenYet = 41;   // (data set display name, option)
+
+// Label messages of the data sets (one argument: the input's display name)
+// and of their columns.
+inline constexpr int kLblOutest = 4000;
+inline constexpr int kLblOutfor = 4100;
+inline constexpr int kLblOutcomp = 4600;
+inline constexpr int kLblTimeId = 4102;  // time ID column of OUTFOR= and OUTCOMPONENT=
 
 }  // namespace qvt
