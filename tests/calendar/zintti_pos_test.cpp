@@ -44,7 +44,7 @@ TEST(Zinttip, MonthAndWeekAgainstHandCounts) {
     std::vector<double> tid(40);
     for (auto& t : tid) t = day(rng);
     const double base = date(1970, 3, 17);
-    for (const char* align : {"B", "E", "M"}) {
+    for (const char* align : {"B", "E", "M", "S"}) {
       std::vector<long> pos(tid.size());
       long maxpos = -7;
       double first = 0, last = 0;
