@@ -46,7 +46,7 @@ enum ZintCell : char {
 // aligned date of tid[i]. Results: 1 ascending, 2 ascending with ties, 3 not
 // in order (a nonzero `sort` is returned instead of looking), -1 a missing
 // ID, -2 out of range, -3 a position beyond a long, -4 beyond 2^53, -5 a
-// custom interval that can't be used.
+// custom interval that can't be used, -99 a null tid or pos with time IDs.
 int zinttip(const INTERVAL& intv, const tchar* align, const double* tid, long ntid, double base,
             int sort, long* pos, long* maxpos, double* first, double* last);
 
