@@ -23,13 +23,15 @@ int qvtGetLEAD(QVTCOM* com, const STLIST* fld, int defaultLead, int opts, int* l
     *lead = static_cast<int>(v);
     return 0;
   }
+  // LEAD= is written as a whole number; one too large for a long long stays a double.
+  const MsgArg value = v < 9.0e18 ? MsgArg{static_cast<long long>(v)} : MsgArg{v};
   if (opts & 1) {
-    hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitError, {v, static_cast<long long>(limit)});
+    hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitError, {value, static_cast<long long>(limit)});
     raiseRc(*com, kRcStatements);
     com->error = 1;
     hostExit(*com->host, com->rc);
   }
-  hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitNote, {v, static_cast<long long>(limit)});
+  hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitNote, {value, static_cast<long long>(limit)});
   *lead = limit;
   return -1;
 }
