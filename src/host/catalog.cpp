@@ -88,7 +88,6 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 90, Error, "A host operation failed with result code {1}."},
     // --- group 901: the command line ---
     {901, 1, Error, "The program file {1} cannot be read: {2}."},
-    {901, 2, Warning, "The step at line {1} was parsed and checked; running a step is not built yet, so no data was read and no output was written."},
     {901, 3, Note, "The step at line {1} ended with return code {2}."},
 };
 
