@@ -1,16 +1,10 @@
 // The corpus of bad programs: each file's first line names the message
 // numbers (group 129) that the program must give, no more and no fewer.
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <set>
-#include <sstream>
 
 #include "recording_host.hpp"
-#include "statements/parser.hpp"
-#include "statements/scanner.hpp"
-#include "statements/steps.hpp"
 
 namespace qvt {
 namespace {

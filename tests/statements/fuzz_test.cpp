@@ -1,15 +1,10 @@
 // Random token soups, truncated programs and random bytes: the scanner and
 // parser never crash (the sanitizers watch), every message has a catalogue
 // row, and a step is unusable exactly when an error was reported in it.
-#include <gtest/gtest.h>
 
 #include <random>
 
 #include "recording_host.hpp"
-#include "statements/parser.hpp"
-#include "statements/scanner.hpp"
-#include "statements/steps.hpp"
-#include "statements/stmt_json.hpp"
 
 namespace qvt {
 namespace {

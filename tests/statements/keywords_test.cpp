@@ -1,13 +1,8 @@
 // Every spelling of every keyword, from the keyword list of the language
 // (main spelling first, others behind a stroke), read by the scanner in
 // mixed case.
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 #include "recording_host.hpp"
-#include "statements/keywords.hpp"
-#include "statements/scanner.hpp"
 
 namespace qvt {
 namespace {

@@ -1,10 +1,8 @@
 // Date, time and datetime constants against values worked by hand: day 0
 // is 1960-01-01, 2020-01-01 is 60 * 365 + 15 leap days = 21915.
-#include <gtest/gtest.h>
-
-#include <optional>
 
 #include "statements/literal.hpp"
+#include "recording_host.hpp"
 
 namespace qvt {
 namespace {

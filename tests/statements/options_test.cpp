@@ -2,14 +2,8 @@
 // or field, with the numbers and codes of the option tables of the
 // language (typed here from those tables, not read from the parser), and
 // the value limits.
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <set>
 
 #include "recording_host.hpp"
-#include "statements/messages.hpp"
-#include "statements/parser.hpp"
 
 namespace qvt {
 namespace {

@@ -1,11 +1,22 @@
 // A Host that keeps the messages it is given, for the tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "host/catalog.hpp"
 #include "host/host.hpp"
+#include "statements/keywords.hpp"
+#include "statements/messages.hpp"
+#include "statements/parser.hpp"
+#include "statements/scanner.hpp"
+#include "statements/steps.hpp"
+#include "statements/stmt_json.hpp"
 
 namespace qvt::testing {
 

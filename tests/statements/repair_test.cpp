@@ -1,10 +1,7 @@
 // Syntax errors: their place, their repair by the cheapest deletions and
 // insertions, and the statements behind them still being read.
-#include <gtest/gtest.h>
 
 #include "recording_host.hpp"
-#include "statements/messages.hpp"
-#include "statements/parser.hpp"
 
 namespace qvt {
 namespace {

@@ -1,11 +1,7 @@
 // Token classes, values and places of the scanner, and its lexical errors.
-#include <gtest/gtest.h>
 
 #include "recording_host.hpp"
 #include "run/missing.hpp"
-#include "statements/keywords.hpp"
-#include "statements/messages.hpp"
-#include "statements/scanner.hpp"
 
 namespace qvt {
 namespace {

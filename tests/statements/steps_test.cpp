@@ -1,11 +1,6 @@
 // Splitting a program into steps.
-#include <gtest/gtest.h>
 
 #include "recording_host.hpp"
-#include "statements/messages.hpp"
-#include "statements/parser.hpp"
-#include "statements/scanner.hpp"
-#include "statements/steps.hpp"
 
 namespace qvt {
 namespace {

@@ -1,9 +1,6 @@
 // Variable lists as written, resolved against the variables of a data set.
-#include <gtest/gtest.h>
 
 #include "recording_host.hpp"
-#include "statements/messages.hpp"
-#include "statements/parser.hpp"
 #include "statements/varlist.hpp"
 
 namespace qvt {
