@@ -7,3 +7,5 @@ for b in "$build"/bench_*; do
   echo "== $(basename "$b")"
   "$b" --benchmark_min_time=0.2
 done
+echo "== scale run (bench/scale/run.sh)"
+"$(dirname "$0")/scale/run.sh" "$build"

@@ -20,11 +20,9 @@ int best(QVTCOM* com, int /*nseasons*/) {
   // The seasonality test and the hold-out comparison of candidates are not
   // in this build: the series ends as a failed selection, with a message
   // that says so rather than a model that was not asked for.
-  if (com->counts.failures < com->maxerror) {
-    const FORSTMT* f = com->current.varptr->fstmt;
+  if (com->counts.failures < com->maxerror)
     hostMsgLog(*com->host, kMsgProc, kMsgSelectionNotBuilt,
-               {com->current.var.str(), isSelection(method) ? f->model.name.str() : f->transform.name.str()});
-  }
+               {com->current.var.str(), com->current.varptr->fstmt->model.name.str()});
   return -1;
 }
 

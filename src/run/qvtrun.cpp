@@ -4,6 +4,7 @@
 // the loop always goes on with the next one.
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "calendar/zintcycle.hpp"
 #include "calendar/zintti.hpp"
@@ -26,6 +27,14 @@ struct ModelGuard {
   ModelGuard& operator=(const ModelGuard&) = delete;
   ~ModelGuard() { esmtrm(esm); }
 };
+
+// A name without the blanks that pad it to its field (transformation names
+// are eight characters wide).
+std::string trimmed(const u_sname& name) {
+  std::string s = name.str();
+  s.erase(s.find_last_not_of(' ') + 1);
+  return s;
+}
 
 bool supportedSmoothing(int method) noexcept {
   switch (method) {
@@ -147,7 +156,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   } else {
     // The transformations and their back-transforms are not in this build.
     if (failure(com, kStatusTransform))
-      hostMsgLog(host, kMsgProc, kMsgTransformNotBuilt, {cur.var.str(), f.transform.name.str()});
+      hostMsgLog(host, kMsgProc, kMsgTransformNotBuilt, {cur.var.str(), trimmed(f.transform.name)});
     return;
   }
   if (best(com, nseasons) < 0) {
