@@ -96,6 +96,7 @@ inline double argReal(const LoggedMsg& m, std::size_t k) {
 // What the ID statement and the step say about the input.
 struct InputSetup {
   std::string csv;                  // the input data set, CSV text with a header
+  std::string dataset;              // instead of csv: the name of an existing data set
   std::vector<std::string> series;  // series to forecast, in order
   std::string id;                   // time ID variable; empty: none
   std::string interval;             // empty: no ID statement
@@ -117,12 +118,13 @@ class InputRun {
   explicit InputRun(const InputSetup& s)
       : host_(config(s)), host(host_) {
     if (host.init() != 0) throw std::runtime_error("host init failed");
-    folder.write("input.csv", s.csv);
+    if (s.dataset.empty()) folder.write("input.csv", s.csv);
     com.host = &host;
     com.cpool = hostPoolCreate(host, 0, 1024, 6);
     com.dpool = hostPoolCreate(host, 0, 1024, 6);
     com.tpool = hostPoolCreate(host, 0, 1024, 6);
-    if (hostDsOpen(host, "input", DsMode::Input, &com.ds.data.fileid) != 0)
+    if (hostDsOpen(host, s.dataset.empty() ? std::string("input") : s.dataset, DsMode::Input,
+                   &com.ds.data.fileid) != 0)
       throw std::runtime_error("input does not open");
     DsFacts f;
     hostDsInfo(host, com.ds.data.fileid, &f);
