@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/host.hpp"
+#include "host/host_msgs.hpp"
 
 namespace qvt {
 
@@ -70,6 +71,11 @@ class DsEngine {
   virtual DsLocation locate(const std::string& lib, const std::string& where,
                             const std::string& member) const = 0;
   virtual bool exists(const DsLocation& loc) const = 0;
+  // Why an input is absent, for a location that exists() denies: by default
+  // the file is missing; an engine of databases says which table.
+  virtual DsDiag missing(const DsLocation& loc) const {
+    return DsDiag{kMsgNoDataSet, {loc.display, loc.path}, Severity::Error};
+  }
   // Null with diag filled on failure; notes and warnings that don't stop the
   // reading (an unusable side file, a file without records) go to notes.
   virtual std::unique_ptr<DsReader> openRead(const DsLocation& loc, DsDiag& diag,

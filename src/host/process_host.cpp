@@ -9,6 +9,7 @@
 #include "host/csv_engine.hpp"
 #include "host/dsname.hpp"
 #include "host/host_msgs.hpp"
+#include "host/sqlite_engine.hpp"
 #include "run/missing.hpp"
 
 namespace qvt {
@@ -22,6 +23,7 @@ ProcessHost::ProcessHost(HostConfig cfg)
   auto csv = std::make_unique<CsvEngine>();
   csv->bufferBytes = cfg_.csvBufferBytes;
   engines_["csv"] = std::move(csv);
+  engines_["sqlite"] = std::make_unique<SqliteEngine>(cfg_.sqliteBusyMs);
   libs_["WORK"] = Library{"WORK", "csv", "."};
 }
 
@@ -51,6 +53,17 @@ int ProcessHost::init() {
     if (value.rfind("sqlite:", 0) == 0) {
       lib.kind = "sqlite";
       lib.where = value.substr(7);
+      if (lib.where.empty()) {
+        hostMsgLog(*this, kMsgGroupHost, kMsgBadLibAssign, {arg});
+        rc = kHostBadArgument;
+        continue;
+      }
+      DsDiag d;
+      if (SqliteEngine::checkLibrary(lib.name, lib.where, cfg_.sqliteBusyMs, d) != 0) {
+        logDiag(d);
+        rc = kHostBadArgument;
+        continue;
+      }
     } else {
       std::error_code ec;
       if (!fs::is_directory(value, ec)) {
@@ -151,7 +164,7 @@ int ProcessHost::resolve(std::string_view text, DsMode mode, DsLocation* loc, Ds
     *loc = eng->second->locate(libName, lib->second.where, name.member);
   }
   if (mode == DsMode::Input && !(*engine)->exists(*loc)) {
-    hostMsgLog(*this, kMsgGroupHost, kMsgNoDataSet, {loc->display, loc->path});
+    logDiag((*engine)->missing(*loc));
     return kHostNotFound;
   }
   return 0;
@@ -437,6 +450,13 @@ int ProcessHost::dsAdd(DsHandle h) {
   if (!ds->rowTaken || ds->failed) return kHostWrongState;
   ds->rowTaken = false;
   DsDiag d;
+  if (++rowWrites_ == cfg_.failRowWriteAt) {
+    d = DsDiag{kMsgRowWriteHook, {ds->loc.display, ds->writer->records() + 1}, Severity::Error};
+    ds->failed = true;
+    logDiag(d);
+    lastFailure_ = kHostIoError;
+    return kHostIoError;
+  }
   if (ds->writer->append(ds->row, d) != 0) {
     ds->failed = true;
     logDiag(d);
@@ -555,6 +575,9 @@ int ProcessHost::spoolClose(SpoolHandle h, int) {
 // --- the end of a step ------------------------------------------------------
 
 void ProcessHost::stepEnd(int rc) {
+  // Inputs first: an open reader's lock on a database would stand in the
+  // way of an output committed to the same database.
+  std::erase_if(ds_, [](const auto& e) { return e.second->mode == DsMode::Input; });
   for (auto& [id, ds] : ds_) {
     if (ds->mode != DsMode::Output) continue;
     const bool keep = rc < 1000 && !ds->failed;

@@ -1,8 +1,9 @@
 // The host of a process: the command line, end-to-end tests and the test
 // programs run the engine inside one of these.
 //
-// Libraries are folders of CSV files (`--lib NAME=DIR`); WORK, the default
-// library, is the current folder unless `--lib work=DIR` moves it. The log
+// Libraries are folders of CSV files (`--lib NAME=DIR`) or SQLite databases
+// (`--lib NAME=sqlite:FILE`); WORK, the default library, is the current
+// folder unless `--lib work=...` moves it. The log
 // goes to a stream (standard error by default) or a file, as text lines
 // ("WARNING: ...") or JSON lines. Everything lives in the object: pools,
 // spools, open data sets, outputs waiting for the end of their step.
@@ -43,6 +44,11 @@ struct HostConfig {
   std::string tmpDir;
   // Test hook: the n-th spool write of the host (1-based) fails; 0 never.
   long long failSpoolWriteAt = 0;
+  // Test hook: the n-th record added to an output of the host (1-based, over
+  // all outputs) fails, and that output is discarded at the step's end; 0 never.
+  long long failRowWriteAt = 0;
+  // How long a SQLite library waits for another connection's lock, in ms.
+  int sqliteBusyMs = 5000;
   // Read buffer of CSV files in bytes; tests make it tiny.
   std::size_t csvBufferBytes = std::size_t{1} << 20;
 };
@@ -168,6 +174,7 @@ class ProcessHost : public Host {
   std::map<int, std::unique_ptr<SpoolFile>> spools_;
   int nextSpool_ = 1;
   long long spoolWrites_ = 0;
+  long long rowWrites_ = 0;
   int lastFailure_ = 0;          // result code of the last failed spool or record call
   DsDiag lastFailureDiag_;       // and its explanation, for msgRaw
   std::optional<std::string> lastOutput_;

@@ -1,0 +1,492 @@
+// Data sets in a SQLite library through the process host: bit-exact round
+// trips, the same variables and values as the CSV engine for the same cells,
+// outputs that fail or are cut off leave the earlier table, names that need
+// quoting, and the failures a database can give (missing table, mixed
+// kinds, another connection's lock). The database is inspected with the
+// sqlite3 C API directly, independently of the engine.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include "host/process_host.hpp"
+#include "host_test_util.hpp"
+#include "run/missing.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::TempDir;
+
+std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(x); }
+
+// A second, independent connection to the database.
+class RawDb {
+ public:
+  explicit RawDb(const std::string& path) { sqlite3_open(path.c_str(), &db_); }
+  ~RawDb() { sqlite3_close(db_); }
+  RawDb(const RawDb&) = delete;
+  RawDb& operator=(const RawDb&) = delete;
+  int exec(const std::string& sql) { return sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr); }
+  // The rows of a query, cells as text ("NULL" for a null), joined by '|'.
+  std::vector<std::string> rows(const std::string& sql) {
+    std::vector<std::string> out;
+    sqlite3_stmt* s = nullptr;
+    if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr) != SQLITE_OK) {
+      out.push_back(std::string("prepare failed: ") + sqlite3_errmsg(db_));
+      return out;
+    }
+    while (sqlite3_step(s) == SQLITE_ROW) {
+      std::string r;
+      for (int c = 0; c < sqlite3_column_count(s); ++c) {
+        if (c) r += '|';
+        const auto* t = reinterpret_cast<const char*>(sqlite3_column_text(s, c));
+        r += t ? std::string(t, static_cast<std::size_t>(sqlite3_column_bytes(s, c))) : "NULL";
+      }
+      out.push_back(r);
+    }
+    sqlite3_finalize(s);
+    return out;
+  }
+  sqlite3* get() { return db_; }
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+struct Fixture {
+  TempDir dir;
+  std::ostringstream log;
+  std::unique_ptr<ProcessHost> host;
+  std::string db;
+  explicit Fixture(long long failRowAt = 0, int busyMs = 5000) : db(dir.file("lib.db")) {
+    HostConfig cfg;
+    cfg.libs = {"lib=sqlite:" + db, "csv=" + dir.path()};
+    cfg.logFormat = LogFormat::Jsonl;
+    cfg.logStream = &log;
+    cfg.failRowWriteAt = failRowAt;
+    cfg.sqliteBusyMs = busyMs;
+    host = std::make_unique<ProcessHost>(cfg);
+    EXPECT_EQ(host->init(), 0) << log.str();
+  }
+  std::vector<int> numbers() const { return testing::hostNumbers(log.str()); }
+};
+
+// A column of a data set in memory.
+struct Column {
+  VarInfo info;
+  std::vector<double> num;
+  std::vector<std::string> text;
+};
+using Table = std::vector<Column>;
+
+Table awkwardTable() {
+  const double inf = std::numeric_limits<double>::infinity();
+  Table t(5);
+  t[0] = {{"plain", "A plain number", VarType::Numeric, 8, ""},
+          {0.1, 4.9406564584124654e-324, 2.2250738585072009e-308, 0.30000000000000004, 123456789012345.67,
+           1.7976931348623157e308, -inf, kMissing, skMissVal('A'), skMissVal('_'), skMissVal('Z'), 3.0},
+          {}};
+  t[1] = {{"date", "", VarType::Numeric, 8, "DATE9."},
+          {23466.0, -138061.0, 6589335.0, 0.0, 23466.5, kMissing, skMissVal('B'), -1.0, 14669.0, 1.0, 2.0, inf},
+          {}};
+  t[2] = {{"stamp", "", VarType::Numeric, 8, "DATETIME19."},
+          {2027511000.0, 2027511000.125, -1.0, 0.1, kMissing, skMissVal('C'), 1e-9, 86400.0 * 6589335.0, 3.0,
+           4.0, 5.0, 1e300},
+          {}};
+  t[3] = {{"clock", "", VarType::Numeric, 8, "TIME8."},
+          {48600.0, 0.0, 360000.5, 86399.999999999, kMissing, skMissVal('D'), -5.0, 1e-300, 7.0, 8.0, 9.0, 10.0},
+          {}};
+  // Names that only quoting keeps whole: a quote, a blank, a keyword, a statement.
+  t[4] = {{"say \"what\"; DROP TABLE x;--", "Some text", VarType::Character, 20, ""},
+          {},
+          {"plain", "with,comma", "with \"quotes\" and 'apostrophes'", "two\nlines", "crlf\r\nend",
+           "caf\xC3\xA9 \xE2\x82\xAC", "", ".", "007", "  lead", "12", std::string("nul\0byte", 8)}};
+  return t;
+}
+
+void writeTable(ProcessHost& h, const std::string& name, const Table& t, const std::string& label = "") {
+  DsHandle out;
+  ASSERT_EQ(h.dsOpen(name, DsMode::Output, &out), 0);
+  std::vector<double> num(t.size());
+  std::vector<std::string> text(t.size());
+  for (std::size_t c = 0; c < t.size(); ++c) {
+    const int r = t[c].info.type == VarType::Numeric ? h.varPutD(out, t[c].info, &num[c])
+                                                     : h.varPutT(out, t[c].info, &text[c]);
+    ASSERT_EQ(r, 0);
+  }
+  ASSERT_EQ(h.varPutE(out), 0);
+  ASSERT_EQ(h.dsSetLabel(out, label), 0);
+  const std::size_t n = t[0].num.empty() ? t[0].text.size() : t[0].num.size();
+  for (std::size_t r = 0; r < n; ++r) {
+    for (std::size_t c = 0; c < t.size(); ++c) {
+      if (t[c].info.type == VarType::Numeric) num[c] = t[c].num[r];
+      else text[c] = t[c].text[r];
+    }
+    ASSERT_EQ(h.rowPut(out), 0);
+    if (h.dsAdd(out) != 0) return;  // the test hook
+  }
+  ASSERT_EQ(h.dsClose(out), 0);
+}
+
+// Every variable and record of a data set, with the data set's label.
+Table readTable(ProcessHost& h, const std::string& name, std::string* label = nullptr) {
+  Table t;
+  DsHandle in;
+  EXPECT_EQ(h.dsOpen(name, DsMode::Input, &in), 0);
+  if (!in) return t;
+  for (const VarInfo& v : h.dsVars(in)) t.push_back(Column{v, {}, {}});
+  std::vector<double> num(t.size());
+  std::vector<std::string> text(t.size());
+  for (std::size_t c = 0; c < t.size(); ++c) {
+    const int varno = static_cast<int>(c + 1);
+    const int r = t[c].info.type == VarType::Numeric ? h.varGetD(in, varno, &num[c])
+                                                     : h.varGetT(in, varno, &text[c]);
+    EXPECT_EQ(r, 0);
+  }
+  while (h.byNext(in) == 1) {
+    while (h.byGet(in) == 1) {
+      EXPECT_EQ(h.rowGet(in), 0);
+      for (std::size_t c = 0; c < t.size(); ++c) {
+        if (t[c].info.type == VarType::Numeric) t[c].num.push_back(num[c]);
+        else t[c].text.push_back(text[c]);
+      }
+    }
+  }
+  if (label) {
+    DsFacts f;
+    h.dsInfo(in, &f);
+    *label = f.label;
+  }
+  h.dsClose(in);
+  return t;
+}
+
+void expectSame(const Table& got, const Table& want) {
+  ASSERT_EQ(got.size(), want.size());
+  for (std::size_t c = 0; c < want.size(); ++c) {
+    const VarInfo& g = got[c].info;
+    const VarInfo& w = want[c].info;
+    EXPECT_EQ(g.name, w.name);
+    EXPECT_EQ(g.type, w.type) << w.name;
+    EXPECT_EQ(g.format, w.format) << w.name;
+    EXPECT_EQ(g.label, w.label) << w.name;
+    EXPECT_EQ(g.length, w.length) << w.name;
+    EXPECT_EQ(got[c].text, want[c].text) << w.name;
+    ASSERT_EQ(got[c].num.size(), want[c].num.size()) << w.name;
+    for (std::size_t r = 0; r < want[c].num.size(); ++r)
+      EXPECT_EQ(bits(got[c].num[r]), bits(want[c].num[r])) << w.name << " record " << r + 1;
+  }
+}
+
+TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
+  Fixture f;
+  const Table t = awkwardTable();
+  writeTable(*f.host, "lib.first", t, "Awkward values");
+  f.host->stepEnd(0);
+  std::string label;
+  const Table back = readTable(*f.host, "lib.first", &label);
+  ASSERT_EQ(back.size(), t.size()) << f.log.str();
+  EXPECT_EQ(label, "Awkward values");
+  Table want = t;
+  want[4].info.length = 31;  // the widest text, in bytes
+  expectSame(back, want);
+
+  writeTable(*f.host, "lib.second", back, label);
+  f.host->stepEnd(0);
+  expectSame(readTable(*f.host, "lib.second"), want);
+  f.host->stepEnd(0);
+
+  // The storage, seen by SQLite itself: numbers REAL, missing NULL, special
+  // missing and ISO values as text, the declared types, the side table.
+  RawDb raw(f.db);
+  EXPECT_EQ(raw.rows("SELECT typeof(plain), typeof(date), date, stamp, clock FROM second ORDER BY rowid LIMIT 2"),
+            (std::vector<std::string>{"real|text|2024-03-31|2024-03-31T13:30:00|13:30:00",
+                                      "real|text|1582-01-01|2024-03-31T13:30:00.125|00:00:00"}));
+  EXPECT_EQ(raw.rows("SELECT plain FROM second WHERE rowid BETWEEN 8 AND 11"),
+            (std::vector<std::string>{"NULL", ".A", "._", ".Z"}));
+  EXPECT_EQ(raw.rows("SELECT typeof(date), date FROM second WHERE rowid = 5"),
+            std::vector<std::string>{"real|23466.5"});  // no ISO form for a fraction of a day
+  EXPECT_EQ(raw.rows("SELECT type FROM pragma_table_info('second')"),
+            (std::vector<std::string>{"REAL", "DATE", "DATETIME", "TIME", "TEXT"}));
+  EXPECT_EQ(raw.rows("SELECT name, label, format FROM qvt_columns WHERE member = 'second' ORDER BY rowid"),
+            (std::vector<std::string>{"|Awkward values|", "plain|A plain number|", "date||DATE9.",
+                                      "stamp||DATETIME19.", "clock||TIME8.",
+                                      "say \"what\"; DROP TABLE x;--|Some text|"}));
+  EXPECT_EQ(raw.rows("PRAGMA integrity_check"), std::vector<std::string>{"ok"});
+}
+
+// SQLite keeps a REAL zero without its sign: -0 reads back as +0, the one
+// value that does not survive the trip.
+TEST(SqliteDataSet, NegativeZeroComesBackAsZero) {
+  Fixture f;
+  Table t(1);
+  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {-0.0, -0.0}, {}};
+  t[0].num[1] = -1.0;
+  writeTable(*f.host, "lib.z", t);
+  f.host->stepEnd(0);
+  const Table back = readTable(*f.host, "lib.z");
+  ASSERT_EQ(back.size(), 1u);
+  EXPECT_EQ(bits(back[0].num[0]), bits(0.0));
+  EXPECT_EQ(back[0].num[1], -1.0);
+}
+
+// The cells of a CSV file read by both engines: as the CSV engine reads the
+// file, and from a table that holds the same cells, loaded as text without
+// declared types (the way a plain import makes it) or as REAL numbers.
+TEST(SqliteDataSet, SameVariablesAndValuesAsCsv) {
+  const std::vector<std::vector<std::string>> cells = {
+      {"num", "date", "stamp", "clock", "word", "allmiss", "code", "mixed"},
+      {"1.5", "2024-01-01", "2024-01-01T00:00:00", "13:30:00", "a", "", "007", "1"},
+      {".", "", "2024-01-01 12:00", ".", "bb", ".", "010", "x"},
+      {".A", "2024-02-01", "", "7:05", "c,\"c\"\nc", ".Z", "1", "2024-01-01"},
+      {"-1e-3", "1960-01-01", "1959-12-31T23:59:59.5", "100:00:00", "", "", "2", "."}};
+  Fixture f;
+  std::string csv;
+  for (const auto& line : cells) {
+    for (std::size_t c = 0; c < line.size(); ++c) {
+      if (c) csv += ',';
+      const bool quote = line[c].find_first_of(",\"\n") != std::string::npos;
+      std::string cell;
+      for (const char ch : line[c]) cell += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+      csv += quote ? "\"" + cell + "\"" : cell;
+    }
+    csv += '\n';
+  }
+  f.dir.write("cells.csv", csv);
+  const Table want = readTable(*f.host, "csv.cells");
+  ASSERT_EQ(want.size(), 8u) << f.log.str();
+  ASSERT_EQ(want[6].info.type, VarType::Numeric);  // "007" is a number when nothing says otherwise
+
+  for (const bool typed : {false, true}) {
+    SCOPED_TRACE(typed ? "REAL numbers" : "untyped text");
+    {
+      RawDb raw(f.db);
+      std::string create = "DROP TABLE IF EXISTS cells; CREATE TABLE cells(";
+      for (std::size_t c = 0; c < cells[0].size(); ++c)
+        create += (c ? ", " : "") + cells[0][c] + (typed && c == 0 ? " REAL" : "");
+      ASSERT_EQ(raw.exec(create + ")"), SQLITE_OK);
+      sqlite3_stmt* s = nullptr;
+      ASSERT_EQ(sqlite3_prepare_v2(raw.get(), "INSERT INTO cells VALUES(?,?,?,?,?,?,?,?)", -1, &s, nullptr), SQLITE_OK);
+      for (std::size_t r = 1; r < cells.size(); ++r) {
+        for (std::size_t c = 0; c < cells[r].size(); ++c) {
+          const std::string& v = cells[r][c];
+          const int p = static_cast<int>(c + 1);
+          if (typed && c == 0 && v.empty()) sqlite3_bind_null(s, p);
+          else if (typed && c == 0 && v[0] != '.') sqlite3_bind_double(s, p, std::stod(v));
+          else sqlite3_bind_text(s, p, v.c_str(), -1, SQLITE_TRANSIENT);
+        }
+        ASSERT_EQ(sqlite3_step(s), SQLITE_DONE);
+        sqlite3_reset(s);
+      }
+      sqlite3_finalize(s);
+    }
+    expectSame(readTable(*f.host, "lib.cells"), want);
+  }
+}
+
+// A writer cut off after two records, a step that failed, a host that went
+// away and a process that died mid-step: the earlier table, its labels and
+// the database stay as they were.
+TEST(SqliteDataSet, UnfinishedOutputLeavesTheEarlierTable) {
+  enum class How { RowHook, FailedStep, HostGone, Killed };
+  for (const How how : {How::RowHook, How::FailedStep, How::HostGone, How::Killed}) {
+    SCOPED_TRACE(static_cast<int>(how));
+    Fixture f(how == How::RowHook ? 3 : 0);
+    {
+      RawDb raw(f.db);
+      ASSERT_EQ(raw.exec("CREATE TABLE keep(x REAL); INSERT INTO keep VALUES (1), (2);"
+                         "CREATE TABLE qvt_columns(member, name, label, format);"
+                         "INSERT INTO qvt_columns VALUES ('keep', 'x', 'Old label', 'F8.2')"),
+                SQLITE_OK);
+    }
+    if (how == How::Killed) {
+      const pid_t pid = ::fork();
+      ASSERT_GE(pid, 0);
+      if (pid == 0) {
+        writeTable(*f.host, "lib.keep", awkwardTable());
+        ::_exit(0);  // no destructor, no step end: as if killed
+      }
+      int status = 0;
+      ::waitpid(pid, &status, 0);
+      EXPECT_TRUE(WIFEXITED(status));
+    } else {
+      writeTable(*f.host, "lib.keep", awkwardTable());
+      if (how == How::RowHook) f.host->stepEnd(0);
+      if (how == How::FailedStep) f.host->stepEnd(1012);
+      if (how == How::HostGone) f.host.reset();
+    }
+    if (how == How::RowHook) {
+      EXPECT_EQ(f.numbers(), (std::vector<int>{119, 20}));
+    } else if (how == How::FailedStep) {
+      EXPECT_EQ(f.numbers(), (std::vector<int>{20}));
+    }
+    RawDb raw(f.db);
+    EXPECT_EQ(raw.rows("PRAGMA integrity_check"), std::vector<std::string>{"ok"});
+    EXPECT_EQ(raw.rows("SELECT x FROM keep ORDER BY rowid"), (std::vector<std::string>{"1.0", "2.0"}));
+    EXPECT_EQ(raw.rows("SELECT * FROM qvt_columns"), std::vector<std::string>{"keep|x|Old label|F8.2"});
+    EXPECT_EQ(raw.rows("SELECT count(*) FROM sqlite_master"), std::vector<std::string>{"2"});
+  }
+}
+
+// Records come in rowid order whatever the insertion order or a covering
+// index, also when a column takes the name rowid; a table WITHOUT ROWID
+// comes in key order. A BY variable out of that order is reported.
+TEST(SqliteDataSet, TableOrderAndByCheck) {
+  struct Case {
+    const char* sql;
+    std::vector<double> want;
+  } cases[] = {
+      {"CREATE TABLE t(k REAL, v REAL); CREATE INDEX i ON t(v, k);"
+       "INSERT INTO t(rowid, k, v) VALUES (3, 3, 1), (1, 1, 3), (2, 2, 2)",
+       {1, 2, 3}},
+      {"CREATE TABLE t(rowid REAL, k REAL); INSERT INTO t(_rowid_, rowid, k) VALUES (2, 9, 2), (1, 8, 1)", {8, 9}},
+      {"CREATE TABLE t(k REAL PRIMARY KEY, v) WITHOUT ROWID; INSERT INTO t VALUES (2, 'b'), (1, 'a')", {1, 2}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.sql);
+    Fixture f;
+    RawDb(f.db).exec(c.sql);
+    const Table t = readTable(*f.host, "lib.t");
+    ASSERT_FALSE(t.empty()) << f.log.str();
+    EXPECT_EQ(t[0].num, c.want);
+  }
+  Fixture f;
+  RawDb(f.db).exec("CREATE TABLE t(g TEXT, x REAL); INSERT INTO t VALUES ('a', 1), ('b', 2), ('a', 3)");
+  DsHandle in;
+  ASSERT_EQ(f.host->dsOpen("lib.t", DsMode::Input, &in), 0);
+  const ByVar by[] = {{1, false}};
+  ASSERT_EQ(f.host->bySet(in, by, false), 0);
+  ASSERT_EQ(f.host->byNext(in), 1);
+  ASSERT_EQ(f.host->byGet(in), 1);
+  ASSERT_EQ(f.host->byNext(in), 1);
+  ASSERT_EQ(f.host->byGet(in), 1);
+  EXPECT_EQ(f.host->byGet(in), kHostByOrder);
+  EXPECT_EQ(f.numbers(), std::vector<int>{50});
+}
+
+// Tables that can't be read, each with its message; the database unchanged.
+TEST(SqliteDataSet, UnreadableTables) {
+  struct Case {
+    const char* name;
+    const char* sql;
+    int rc;
+    std::vector<int> msgs;
+  } cases[] = {
+      {"no table", "CREATE TABLE other(x)", kHostNotFound, {103}},
+      {"text in REAL", "CREATE TABLE t(x REAL); INSERT INTO t VALUES (1), ('abc')", kHostDataError, {110}},
+      {"word beside number", "CREATE TABLE t(x); INSERT INTO t VALUES (1.5), ('abc')", kHostDataError, {109}},
+      {"number after words", "CREATE TABLE t(x); INSERT INTO t VALUES ('abc'), (2)", kHostDataError, {109}},
+      {"date beside number", "CREATE TABLE t(x); INSERT INTO t VALUES (1.5), ('2024-01-01')", kHostDataError, {109}},
+      {"date beside time", "CREATE TABLE t(x NUMERIC); INSERT INTO t VALUES ('2024-01-01'), ('12:00:00')",
+       kHostDataError, {109}},
+      {"not a date", "CREATE TABLE t(d DATE); INSERT INTO t VALUES ('2024-01-01'), ('soon')", kHostDataError, {110}},
+      {"format not met", "CREATE TABLE t(d TEXT); INSERT INTO t VALUES ('2024-02-30');"
+                         "CREATE TABLE qvt_columns(member, name, label, format);"
+                         "INSERT INTO qvt_columns VALUES ('t', 'd', '', 'DATE9.')",
+       kHostDataError, {110}},
+      {"blob", "CREATE TABLE t(x); INSERT INTO t VALUES (x'00ff')", kHostDataError, {111}},
+      {"bad utf-8", "CREATE TABLE t(x TEXT); INSERT INTO t VALUES (CAST(x'61ff' AS TEXT))", kHostDataError, {112}},
+      {"long name", "CREATE TABLE t(abcdefghijabcdefghijabcdefghijabc)", kHostDataError, {108}},
+      {"empty name", "CREATE TABLE t(\"\")", kHostDataError, {108}},
+      {"side table of another layout", "CREATE TABLE t(x); CREATE TABLE qvt_columns(a, b)", 0, {113, 114}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Fixture f;
+    ASSERT_EQ(RawDb(f.db).exec(c.sql), SQLITE_OK);
+    DsHandle in;
+    EXPECT_EQ(f.host->dsOpen("lib.t", DsMode::Input, &in), c.rc);
+    EXPECT_EQ(f.numbers(), c.msgs);
+    f.host->stepEnd(0);
+  }
+}
+
+// Libraries and names: the file is made by the first output; a missing
+// file, a folder that isn't there, a file that is no database, a reserved
+// member name.
+TEST(SqliteDataSet, LibrariesAndNames) {
+  Fixture f;
+  DsHandle ds;
+  EXPECT_EQ(f.host->dsOpen("lib.t", DsMode::Input, &ds), kHostNotFound);
+  EXPECT_EQ(f.host->dsOpen("lib.qvt_columns", DsMode::Output, &ds), kHostIoError);
+  EXPECT_EQ(f.host->dsOpen("lib.SQLite_x", DsMode::Output, &ds), kHostIoError);
+  EXPECT_EQ(f.numbers(), (std::vector<int>{102, 115, 115}));
+  EXPECT_FALSE(f.dir.exists("lib.db"));
+  Table t(1);
+  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {1.0}, {}};
+  writeTable(*f.host, "lib.T", t);
+  f.host->stepEnd(0);
+  EXPECT_TRUE(f.dir.exists("lib.db"));
+  EXPECT_EQ(readTable(*f.host, "lib.t")[0].num, std::vector<double>{1.0});  // names ignore case
+  f.host->stepEnd(0);
+
+  f.dir.write("junk.db", std::string(4096, 'x'));
+  std::ostringstream log;
+  HostConfig cfg;
+  cfg.libs = {"a=sqlite:" + f.dir.file("junk.db"), "b=sqlite:" + f.dir.file("none/x.db"), "c=sqlite:"};
+  cfg.logFormat = LogFormat::Jsonl;
+  cfg.logStream = &log;
+  ProcessHost bad(cfg);
+  EXPECT_EQ(bad.init(), kHostBadArgument);
+  EXPECT_EQ(testing::hostNumbers(log.str()), (std::vector<int>{100, 101, 15}));
+}
+
+// Another connection's locks: a write lock held past the busy timeout stops
+// the output at the step's end, an exclusive lock stops reading; the earlier
+// table stays, and once the lock is gone the same output goes through.
+TEST(SqliteDataSet, LockedDatabase) {
+  Fixture f(0, 50);
+  Table t(1);
+  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {5.0, 6.0}, {}};
+  RawDb other(f.db);
+  ASSERT_EQ(other.exec("CREATE TABLE t(x REAL); INSERT INTO t VALUES (1)"), SQLITE_OK);
+  ASSERT_EQ(other.exec("BEGIN IMMEDIATE; INSERT INTO t VALUES (2)"), SQLITE_OK);
+  writeTable(*f.host, "lib.t", t);
+  f.host->stepEnd(0);
+  EXPECT_EQ(f.numbers(), std::vector<int>{105});
+  ASSERT_EQ(other.exec("COMMIT"), SQLITE_OK);
+  EXPECT_EQ(other.rows("SELECT x FROM t"), (std::vector<std::string>{"1.0", "2.0"}));
+
+  ASSERT_EQ(other.exec("BEGIN EXCLUSIVE"), SQLITE_OK);
+  DsHandle in;
+  EXPECT_EQ(f.host->dsOpen("lib.t", DsMode::Input, &in), kHostDataError);
+  EXPECT_EQ(f.numbers(), (std::vector<int>{105, 104}));
+  ASSERT_EQ(other.exec("COMMIT"), SQLITE_OK);
+
+  writeTable(*f.host, "lib.t", t);
+  f.host->stepEnd(0);
+  EXPECT_EQ(f.numbers(), (std::vector<int>{105, 104, 21}));
+  EXPECT_EQ(other.rows("SELECT x FROM t"), (std::vector<std::string>{"5.0", "6.0"}));
+}
+
+// Reading and writing the same database in one step: the input's read lock
+// is let go before the output is committed.
+TEST(SqliteDataSet, InputAndOutputInOneDatabase) {
+  Fixture f;
+  RawDb(f.db).exec("CREATE TABLE a(x REAL); INSERT INTO a VALUES (1), (2), (3)");
+  DsHandle in, out;
+  ASSERT_EQ(f.host->dsOpen("lib.a", DsMode::Input, &in), 0);
+  double x = 0;
+  ASSERT_EQ(f.host->varGetD(in, 1, &x), 0);
+  ASSERT_EQ(f.host->dsOpen("lib.b", DsMode::Output, &out), 0);
+  ASSERT_EQ(f.host->varPutD(out, VarInfo{"twice", "", VarType::Numeric, 8, ""}, &x), 0);
+  ASSERT_EQ(f.host->varPutE(out), 0);
+  ASSERT_EQ(f.host->byNext(in), 1);
+  ASSERT_EQ(f.host->byGet(in), 1);  // the reader stays in the middle of the table
+  f.host->rowGet(in);
+  x *= 2;
+  ASSERT_EQ(f.host->rowPut(out), 0);
+  ASSERT_EQ(f.host->dsAdd(out), 0);
+  f.host->stepEnd(0);
+  EXPECT_EQ(f.numbers(), std::vector<int>{21}) << f.log.str();
+  EXPECT_EQ(RawDb(f.db).rows("SELECT twice FROM b"), std::vector<std::string>{"2.0"});
+}
+
+}  // namespace
+}  // namespace qvt
