@@ -5,6 +5,8 @@
 
 #include <sstream>
 
+#include "output/qvtds.hpp"
+#include "output/ztspool.hpp"
 #include "run/dovqvt.hpp"
 #include "test_host.hpp"
 
@@ -73,6 +75,28 @@ TEST(Failure, CountsEveryFailureAndAllowsMessagesUpToMaxerror) {
       EXPECT_EQ(r.com.current.status, kStatusEstimation);
     }
   }
+}
+
+TEST(Putresult, SpoolThatFailsEndsTheStep) {
+  // With several series the results go to the spool; a write that fails
+  // leaves rows that can't be trusted, so the step ends with rc 1020 after
+  // message 40, and nothing after putresult runs.
+  Rig r(0);
+  r.com.nvars = 2;
+  std::vector<double> y = {1, 2, 3};
+  r.com.out.y = y.data();
+  r.com.out.tobs = 3;
+  ASSERT_EQ(ztinit(r.host, &r.com.infile, &r.com.outfile), 0);
+  putresult(&r.com);  // a good write first
+  r.host.setSpoolWriteFailure(2);
+  bool after = false;
+  const int rc = hostRunStep(r.host, [&] {
+    putresult(&r.com);
+    after = true;
+  });
+  EXPECT_EQ(rc, kRcSpool);
+  EXPECT_FALSE(after);
+  EXPECT_EQ(r.host.count(kMsgProc, kMsgSpoolFailed), 1);
 }
 
 }  // namespace
