@@ -301,7 +301,11 @@ void userFormat(QVTCOM* com, const STMT& r) {
   IDSTMT& is = com->istmt;
   is.userfmt = 1;
   is.fcode = formatCode(spec.name);
-  is.fmtw1 = is.fmtw2 = static_cast<std::int16_t>(spec.width);
+  // A format written without a width (DATE.) shows with its default width.
+  int width = spec.width;
+  if (width == 0)
+    if (const FormatInfo* info = findFormat(spec.name)) width = info->defaultWidth;
+  is.fmtw1 = is.fmtw2 = static_cast<std::int16_t>(width);
   is.format.set(spec.name);
   FMTSTRING s;
   zfmtstri(is.fcode, spec.width, spec.decimals > 0 ? spec.decimals : 0, &s);

@@ -217,10 +217,12 @@ void qvtpars(QVTCOM* com, const PROCSTR& stmts) {
   memoryCheck(com);
   std::uninitialized_default_construct_n(com->fstmt, com->nfor);
 
-  // 5. The procedure record, then the FORECAST statements. The IDM
-  // statement's specification (getidm) comes with the intermittent models;
-  // until then com->base and the IDM options stay at their zero state.
+  // 5. The procedure record, the IDM statement, the FORECAST statements.
   getopts(com, proc);
+  // NOT YET: getidm(com, proc) reads the IDM statement (its component
+  // options and BASE=) into com->idmspec and com->base. It comes with the
+  // intermittent models, which also bring IDMSPEC into QVTCOM; until then an
+  // IDM statement is parsed but not read, and com->base stays 0.
   getfors(com, stmts);
   if (com->rc >= kRcStatements) stop(com, com->rc);
 

@@ -216,6 +216,14 @@ TEST(QvtparsDefaults, WeekWith52SeasonsMarksTheLongYear) {
   EXPECT_EQ(d.com->istmt.time, 1);
 }
 
+TEST(QvtparsDefaults, FormatWithoutWidthTakesItsDefaultWidth) {
+  Step s("qvt data=sales; id date interval=month format=date.; forecast sales;");
+  ASSERT_FALSE(s.exited);
+  EXPECT_EQ(s.com->istmt.userfmt, 1);
+  EXPECT_EQ(s.com->istmt.fmtw1, 7);  // DATE7.: ddMONyy
+  EXPECT_EQ(s.com->istmt.format.str(), "DATE");
+}
+
 struct FlagCase {
   const char* opts;
   // Expected print flags: all descstats summary estimates forecasts statistics none summaryonly overallonly
