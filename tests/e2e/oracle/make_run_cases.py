@@ -185,6 +185,28 @@ def main():
           [(d, cell(a[i] if i < 16 else ra[i][1]), cell(b[i] if i < 16 else rb[i][1]), "")
            for i, d in enumerate(d20b)])
 
+    # spool_by: two series side by side in two BY groups of different
+    # lengths; the spool is reset per group and each series is fit alone.
+    c = case_dir("spool_by")
+    e1, e2 = noisy_walk(41, 14, 20.0), noisy_walk(42, 14, 70.0, step=2.0, noise=4.0)
+    w1, w2 = noisy_walk(43, 12, 30.0), noisy_walk(44, 12, 5.0, step=0.3, noise=0.6)
+    de, dw = months(2023, 1, 14), months(2023, 3, 12)
+    write(os.path.join(c, "both.csv"), ["shop", "date", "u", "v"],
+          [("east", d, p, q) for d, p, q in zip(de, e1, e2)] + [("west", d, p, q) for d, p, q in zip(dw, w1, w2)])
+    rows = []
+    for shop, dates, us, vs in (("east", months(2023, 1, 16), e1, e2), ("west", months(2023, 3, 14), w1, w2)):
+        _, ru = esm.ses_rows(us, 2)
+        _, rv = esm.ses_rows(vs, 2)
+        rows += outfor_rows("u", dates, ru, shop) + outfor_rows("v", dates, rv, shop)
+        out_rows = [(shop, d, cell(us[i] if i < len(us) else ru[i][1]), cell(vs[i] if i < len(vs) else rv[i][1]))
+                    for i, d in enumerate(dates)]
+        if shop == "east":
+            all_out = out_rows
+        else:
+            all_out += out_rows
+    write(os.path.join(c, "expect", "outfor.csv"), ["shop"] + OUTFOR_HEAD, rows)
+    write(os.path.join(c, "expect", "out.csv"), ["shop", "date", "u", "v"], all_out)
+
 
 if __name__ == "__main__":
     main()
