@@ -103,12 +103,12 @@ struct Rig {
   int bylist[1] = {0};
   int rc = -1;
 
-  explicit Rig(const std::string& csv, std::size_t memsize = 0) {
+  explicit Rig(const std::string& csv, std::size_t memsize = 0, const std::string& tmpDir = "") {
     dir.write("sales.csv", csv);
     HostConfig cfg;
     cfg.memsize = memsize;
     cfg.libs = {"work=" + dir.path()};
-    cfg.tmpDir = dir.path();
+    cfg.tmpDir = tmpDir.empty() ? dir.path() : tmpDir;
     cfg.logFormat = LogFormat::Jsonl;
     cfg.logStream = &log;
     host = std::make_unique<ProcessHost>(cfg);

@@ -331,6 +331,16 @@ TEST(OutputSetup, SeveralSeriesOpenTheSpoolAndBindEachSeries) {
   EXPECT_EQ(rig.rc, 0) << rig.log.str();
 }
 
+TEST(OutputSetup, SpoolThatCantBeMadeEndsTheStep) {
+  testing::Rig rig(salesCsv(), 0, "/nonexistent/qvt/spool/folder");
+  rig.step([&] {
+    rig.open({"out"}, {"units", "price"}, false, 0);
+    qvtds(&rig.com);
+    ADD_FAILURE() << "qvtds returned";
+  });
+  EXPECT_EQ(rig.rc, kRcSpool);
+}
+
 TEST(OutputSetup, OutOfMemoryEndsTheStepBeforeAnyData) {
   Rig rig(salesCsv(), 8);  // not even the row buffers
   rig.step([&] {
