@@ -345,7 +345,7 @@ TEST(SqliteDataSet, TableOrderAndByCheck) {
       {"CREATE TABLE t(k REAL, v REAL); CREATE INDEX i ON t(v, k);"
        "INSERT INTO t(rowid, k, v) VALUES (3, 3, 1), (1, 1, 3), (2, 2, 2)",
        {1, 2, 3}},
-      {"CREATE TABLE t(rowid REAL, k REAL); INSERT INTO t(_rowid_, rowid, k) VALUES (2, 9, 2), (1, 8, 1)", {8, 9}},
+      {"CREATE TABLE t(rowid REAL, k REAL); INSERT INTO t(_rowid_, rowid, k) VALUES (2, 8, 2), (1, 9, 1)", {9, 8}},
       {"CREATE TABLE t(k REAL PRIMARY KEY, v) WITHOUT ROWID; INSERT INTO t VALUES (2, 'b'), (1, 'a')", {1, 2}},
   };
   for (const Case& c : cases) {
