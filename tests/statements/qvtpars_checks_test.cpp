@@ -218,6 +218,21 @@ TEST(QvtparsChecks, EveryListErrorIsReportedBeforeTheStepEnds) {
   EXPECT_EQ(s.rc, 2000);
 }
 
+TEST(QvtparsChecks, OutputThatCantBeCreatedEndsTheStep) {
+  Step s("qvt data=sales outfor='/nonexistent-qvt-folder/f.csv' outest=e; forecast sales;");
+  EXPECT_FALSE(s.numbers(900).empty());
+  EXPECT_EQ(s.rc, 2000);
+  EXPECT_TRUE(s.exited);
+}
+
+TEST(QvtparsChecks, MemoryBudgetTooSmallForTheStatements) {
+  // Room for the pools but not for a statement record of a few kilobytes.
+  Step s("qvt data=sales; forecast sales;", {}, true, 1024);
+  EXPECT_NE(s.find(900, 70), nullptr);  // the host's out-of-memory note
+  EXPECT_EQ(s.rc, 1016);
+  EXPECT_TRUE(s.exited);
+}
+
 TEST(QvtparsChecks, LeadAtTheLimitIsTaken) {
   Step s("qvt data=sales lead=100000000; forecast sales;");
   EXPECT_EQ(s.com->istmt.lead, 100000000);

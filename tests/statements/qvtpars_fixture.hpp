@@ -47,7 +47,8 @@ inline constexpr const char* kSalesCsv =
 // committed or discarded) when the object goes.
 class Step {
  public:
-  explicit Step(const std::string& program, std::vector<std::string> options = {}, bool withData = true) {
+  explicit Step(const std::string& program, std::vector<std::string> options = {}, bool withData = true,
+                std::size_t memsize = 0) {
     std::string t = (std::filesystem::temp_directory_path() / "qvt-pars-test-XXXXXX").string();
     if (!::mkdtemp(t.data())) throw std::runtime_error("mkdtemp failed");
     dir_ = t;
@@ -56,6 +57,7 @@ class Step {
     cfg.libs = {"work=" + dir_};
     cfg.options = std::move(options);
     cfg.logStream = &log_;
+    cfg.memsize = memsize;
     host_ = std::make_unique<RecordingProcessHost>(cfg);
     host_->init();
     xsparseText(program, SourcePos{}, *host_, stmts);
