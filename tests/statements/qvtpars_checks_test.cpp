@@ -89,6 +89,8 @@ const CheckCase kChecks[] = {
     {"ParseError", "qvt data=sales lead=-1; forecast sales;", 129, 31, nullptr, 2000, true},
 };
 
+void PrintTo(const CheckCase& c, std::ostream* os) { *os << c.name; }
+
 class Checks : public ::testing::TestWithParam<CheckCase> {};
 
 TEST_P(Checks, MessageAndRc) {

@@ -267,6 +267,8 @@ const FlagCase kFlags[] = {
     {"plot=(acf wn)", "00000010000", "00010010000000000"},
 };
 
+void PrintTo(const FlagCase& c, std::ostream* os) { *os << '"' << c.opts << '"'; }
+
 class Flags : public ::testing::TestWithParam<FlagCase> {};
 
 TEST_P(Flags, Derived) {
