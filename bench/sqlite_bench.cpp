@@ -1,0 +1,110 @@
+// Reading and writing 1 million records of 10 numbers through the SQLite
+// engine, beside the CSV engine on the same values; the data is made at run
+// time in a temporary folder that is removed afterwards. Counters: records/s
+// and cells/s. A SQLite write includes its commit (the copy from the private
+// stage into the library in one transaction); a read includes the pass that
+// finds the columns' kinds.
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "host/csv_engine.hpp"
+#include "host/sqlite_engine.hpp"
+
+namespace {
+
+constexpr std::size_t kRows = 1'000'000;
+constexpr std::size_t kCols = 10;
+
+class ScratchDir {
+ public:
+  ScratchDir() {
+    std::string t = (std::filesystem::temp_directory_path() / "qvt-sqlite-bench-XXXXXX").string();
+    if (::mkdtemp(t.data())) path_ = t;
+  }
+  ~ScratchDir() {
+    std::error_code ec;
+    if (!path_.empty()) std::filesystem::remove_all(path_, ec);
+  }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// The library of an engine: the folder for CSV, a database file in it for SQLite.
+std::string where(const qvt::DsEngine& eng, const std::string& dir) {
+  return dynamic_cast<const qvt::SqliteEngine*>(&eng) ? dir + "/bench.db" : dir;
+}
+
+// Writes the table; true on success.
+bool writeTable(qvt::DsEngine& eng, const std::string& dir) {
+  const qvt::DsLocation loc = eng.locate("B", where(eng, dir), "numbers");
+  qvt::DsDiag d;
+  auto w = eng.openWrite(loc, d);
+  if (!w) return false;
+  std::vector<qvt::VarInfo> vars;
+  for (std::size_t c = 0; c < kCols; ++c)
+    vars.push_back(qvt::VarInfo{"x" + std::to_string(c), "", qvt::VarType::Numeric, 8, ""});
+  if (w->begin(vars, d) != 0) return false;
+  std::mt19937_64 rng(20240331);
+  std::normal_distribution<double> z(100.0, 15.0);
+  qvt::DsRow row;
+  row.resize(kCols);
+  for (std::size_t r = 0; r < kRows; ++r) {
+    for (std::size_t c = 0; c < kCols; ++c) row.num[c] = z(rng);
+    if (w->append(row, d) != 0) return false;
+  }
+  return w->commit("", d) == 0;
+}
+
+void counters(benchmark::State& state) {
+  state.counters["records/s"] = benchmark::Counter(static_cast<double>(kRows), benchmark::Counter::kIsIterationInvariantRate);
+  state.counters["cells/s"] = benchmark::Counter(static_cast<double>(kRows * kCols),
+                                                 benchmark::Counter::kIsIterationInvariantRate);
+}
+
+template <class Engine>
+void BM_Write(benchmark::State& state) {
+  ScratchDir dir;
+  Engine eng;
+  for (auto _ : state)
+    if (!writeTable(eng, dir.path())) state.SkipWithError("writing failed");
+  counters(state);
+}
+
+template <class Engine>
+void BM_Read(benchmark::State& state) {
+  ScratchDir dir;
+  Engine eng;
+  if (!writeTable(eng, dir.path())) {
+    state.SkipWithError("writing the input failed");
+    return;
+  }
+  const qvt::DsLocation loc = eng.locate("B", where(eng, dir.path()), "numbers");
+  double sum = 0;
+  for (auto _ : state) {
+    qvt::DsDiag d;
+    std::vector<qvt::DsDiag> notes;
+    auto rd = eng.openRead(loc, d, notes);
+    if (!rd) {
+      state.SkipWithError("reading failed");
+      break;
+    }
+    qvt::DsRow row;
+    while (rd->next(row, d) == 1) sum += row.num[0];
+  }
+  benchmark::DoNotOptimize(sum);
+  counters(state);
+}
+
+}  // namespace
+
+BENCHMARK(BM_Write<qvt::SqliteEngine>)->Name("SqliteWrite")->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_Write<qvt::CsvEngine>)->Name("CsvWrite")->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_Read<qvt::SqliteEngine>)->Name("SqliteRead")->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_Read<qvt::CsvEngine>)->Name("CsvRead")->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK_MAIN();
