@@ -334,9 +334,9 @@ TEST(SqliteDataSet, UnfinishedOutputLeavesTheEarlierTable) {
   }
 }
 
-// Records come in rowid order whatever the insertion order or a covering
-// index, also when a column takes the name rowid; a table WITHOUT ROWID
-// comes in key order. A BY variable out of that order is reported.
+// Records come in rowid order whatever the insertion order, also when a
+// column takes the name rowid; a table WITHOUT ROWID comes in key order, a
+// view as it gives them. A BY variable out of that order is reported.
 TEST(SqliteDataSet, TableOrderAndByCheck) {
   struct Case {
     const char* sql;
@@ -347,6 +347,8 @@ TEST(SqliteDataSet, TableOrderAndByCheck) {
        {1, 2, 3}},
       {"CREATE TABLE t(rowid REAL, k REAL); INSERT INTO t(_rowid_, rowid, k) VALUES (2, 8, 2), (1, 9, 1)", {9, 8}},
       {"CREATE TABLE t(k REAL PRIMARY KEY, v) WITHOUT ROWID; INSERT INTO t VALUES (2, 'b'), (1, 'a')", {1, 2}},
+      {"CREATE TABLE t0(k REAL); INSERT INTO t0 VALUES (1), (3), (2); CREATE VIEW t AS SELECT k FROM t0 WHERE k > 1",
+       {3, 2}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.sql);
