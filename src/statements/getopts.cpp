@@ -198,6 +198,7 @@ void interval(QVTCOM* com, const STMT& r) {
   char name[kIntFmtNameMax + 1] = {};
   short namelen = 0, w1 = 0, w2 = 0;
   zintfmt(&is.intv, name, &namelen, &w1, &w2);
+  namelen = std::clamp<short>(namelen, 0, kIntFmtNameMax);  // the name never outgrows its buffer
   is.format.set(std::string_view(name, static_cast<std::size_t>(namelen)));
   is.fmtw1 = w1;
   is.fmtw2 = w2;

@@ -24,14 +24,20 @@ int qvtGetLEAD(QVTCOM* com, const STLIST* fld, int defaultLead, int opts, int* l
     return 0;
   }
   // LEAD= is written as a whole number; one too large for a long long stays a double.
-  const MsgArg value = v < 9.0e18 ? MsgArg{static_cast<long long>(v)} : MsgArg{v};
+  const auto report = [&](int number) {
+    if (v < 9.0e18) {
+      hostMsgLog(*com->host, kMsgLeadLimit, number, {static_cast<long long>(v), static_cast<long long>(limit)});
+    } else {
+      hostMsgLog(*com->host, kMsgLeadLimit, number, {v, static_cast<long long>(limit)});
+    }
+  };
   if (opts & 1) {
-    hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitError, {value, static_cast<long long>(limit)});
+    report(pmsg::kLeadLimitError);
     raiseRc(*com, kRcStatements);
     com->error = 1;
     hostExit(*com->host, com->rc);
   }
-  hostMsgLog(*com->host, kMsgLeadLimit, pmsg::kLeadLimitNote, {value, static_cast<long long>(limit)});
+  report(pmsg::kLeadLimitNote);
   *lead = limit;
   return -1;
 }
