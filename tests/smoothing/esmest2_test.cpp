@@ -3,16 +3,7 @@
 // derivatives, drives the parts of the estimator that one weight never
 // reaches: the 3 by 3 cross-product sweep, the ridge, the scalar step that
 // stops at the first bound, and the one-coordinate direction on a bound.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <vector>
-
-#include "run/missing.hpp"
-#include "smoothing/esmest.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {

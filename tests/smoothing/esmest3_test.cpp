@@ -4,18 +4,10 @@
 // squares, solved here from the normal equations by Cramer's rule; with a
 // weight pushed outside its bounds, the answer is least squares over the
 // other two with that weight on the bound.
-#include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
 #include <numeric>
-#include <random>
-#include <vector>
-
-#include "run/missing.hpp"
-#include "smoothing/esmest.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {

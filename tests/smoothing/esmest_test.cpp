@@ -1,17 +1,7 @@
 // The weight estimator on simple exponential smoothing: analytic derivatives
 // against central differences, weights recovered from simulated series,
 // active bounds, held and fixed weights, and the failure codes.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <vector>
-
-#include "run/missing.hpp"
-#include "smoothing/esmest.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
-#include "smoothing/zes1.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {

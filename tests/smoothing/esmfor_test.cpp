@@ -1,16 +1,8 @@
 // The model driver: set-up and its failures, forecasts unpacked into the
 // caller's vectors, p values, and sums of forecasts.
-#include <gtest/gtest.h>
 
-#include <cmath>
 #include <numbers>
-#include <random>
-#include <vector>
-
-#include "run/missing.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
-#include "stats/numeric.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {

@@ -7,19 +7,10 @@
 // the forecast of a fitted model, a forecast series starting later than the
 // fit, and the start values of a tail. The oracles are the kernels called
 // with codes written out by hand, and psi weights from their closed form.
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <vector>
-
-#include "calendar/interval.hpp"
-#include "run/missing.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
-#include "smoothing/zess.hpp"
-#include "smoothing/zwin.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {

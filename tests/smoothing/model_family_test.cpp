@@ -4,21 +4,8 @@
 // forecasts to a unit shock, forecast variances against the psi sum and
 // esmsum, analytic gradients against central differences, weights
 // recovered from simulated series, bounds, stability and re-centring.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <vector>
 
 #include "model_oracle.hpp"
-#include "run/missing.hpp"
-#include "smoothing/esmest.hpp"
-#include "smoothing/esmfor.hpp"
-#include "smoothing/esmkset.hpp"
-#include "smoothing/zes2.hpp"
-#include "smoothing/zes3.hpp"
-#include "smoothing/zess.hpp"
-#include "smoothing/zwin.hpp"
 
 namespace qvt {
 namespace {
@@ -488,7 +475,6 @@ TEST(ModelFamily, EsmsumAtOneLeadIsThatLeadsVariance) {
     }
   }
 }
-
 
 TEST(ModelFamily, DriverForecastsContinueFromTheFittedStart) {
   // esmint, esmfit, esmprd on a series that starts where the fit started:

@@ -2,14 +2,8 @@
 // and a direct loop of Holt's equations in error-correction form, start
 // values against least squares computed here, forecast variances against
 // the psi-weight sum, and the stability region.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
 
 #include "model_oracle.hpp"
-#include "run/missing.hpp"
-#include "smoothing/zes2.hpp"
 
 namespace qvt {
 namespace {
@@ -66,23 +60,6 @@ Series sample() {
   s.flag[5] = 1;  // a run of two: the line extends twice
   s.flag[11] = 1;
   return s;
-}
-
-TEST(Zes2Smo, MatchesHoltLoop) {
-  const Series s = sample();
-  const long n = static_cast<long>(s.x.size());
-  const double weights[][2] = {{0.3, 0.1}, {0.9, 0.9}, {0.05, 0.5}, {0.5, 0.001}};
-  for (const auto& w : weights) {
-    oracle::State st;
-    st.L = 12.0;
-    st.T = -0.8;
-    const auto ref = oracle::pass(kEsmLinear, w, s.x, s.flag, {}, st);
-    double L = 12.0, T = -0.8, mse = 0;
-    ASSERT_EQ(zes2smo(s.x.data(), s.flag.data(), 20.0, n, w[0], w[1], &L, &T, &mse), 0);
-    EXPECT_NEAR(mse, ref.ss / static_cast<double>(ref.nobs), 1e-12);
-    EXPECT_NEAR(L, ref.final.L, 1e-12);
-    EXPECT_NEAR(T, ref.final.T, 1e-12);
-  }
 }
 
 TEST(Zes2Prd, RowsMatchHoltLoopAndLeadsFollowTheLine) {
@@ -194,15 +171,6 @@ TEST(Zes2Stb, Region) {
                {1.9, 0.11, 0}, {2.0, 0.0, 0},  {0.0, 0.1, 0}, {0.3, -0.01, 0},
                {0.3, 0.0, 1}};
   for (const auto& c : cases) EXPECT_EQ(zes2stb(c.w, c.g), c.stable) << c.w << " " << c.g;
-}
-
-TEST(Zes2Psi, WeightsAndVarianceAgree) {
-  double psi[6];
-  ASSERT_EQ(zes2psi(0.4, 0.25, 6, psi), 0);
-  const double expect[6] = {1, 0.5, 0.6, 0.7, 0.8, 0.9};  // 0.4 (1 + 0.25 j)
-  for (int j = 0; j < 6; ++j) EXPECT_NEAR(psi[j], expect[j], 1e-15);
-  // Lead 3: 2 (1 + 0.25 + 0.36) = 3.22
-  EXPECT_NEAR(zes2cla(0.4, 0.25, 2.0, 3, 0.05, nullptr), 3.22, 1e-14);
 }
 
 }  // namespace

@@ -5,11 +5,25 @@
 // and ordinary least squares solved by Gaussian elimination.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <random>
 #include <vector>
 
+#include "calendar/interval.hpp"
+#include "run/missing.hpp"
+#include "smoothing/esmest.hpp"
+#include "smoothing/esmfor.hpp"
+#include "smoothing/esmkset.hpp"
 #include "smoothing/esmtypes.hpp"
+#include "smoothing/zes1.hpp"
+#include "smoothing/zes2.hpp"
+#include "smoothing/zes3.hpp"
+#include "smoothing/zesd.hpp"
+#include "smoothing/zess.hpp"
+#include "smoothing/zwin.hpp"
+#include "stats/numeric.hpp"
 
 namespace qvt::oracle {
 

@@ -1,18 +1,8 @@
 // Start values of the seasonal and trend members against least squares
 // solved here by Gaussian elimination, on small series with flagged
 // observations; damped-trend and double-smoothing edge cases.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
 
 #include "model_oracle.hpp"
-#include "run/missing.hpp"
-#include "smoothing/zes2.hpp"
-#include "smoothing/zes3.hpp"
-#include "smoothing/zesd.hpp"
-#include "smoothing/zess.hpp"
-#include "smoothing/zwin.hpp"
 
 namespace qvt {
 namespace {

@@ -1,15 +1,9 @@
 // Kernels of simple exponential smoothing against hand-worked values and a
 // direct re-statement of the recursion written here from the textbook form.
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <random>
-#include <vector>
-
-#include "run/missing.hpp"
 #include "smoothing/esmdivide.hpp"
 #include "smoothing/esmtypes.hpp"
-#include "smoothing/zes1.hpp"
+#include "model_oracle.hpp"
 
 namespace qvt {
 namespace {
