@@ -3,30 +3,14 @@
 // the year from the Sunday (or Monday) on or before January 4 found by
 // weekday arithmetic, ISO weeks by a direct slow formula, retail months
 // worked by hand.
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
-
-#include "calendar/interval.hpp"
-#include "calendar/zfmt.hpp"
-#include "calendar/zintcycle.hpp"
-#include "host/hostdate.hpp"
-#include "run/missing.hpp"
-#include "date_oracle.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {
 
-INTERVAL parse(const char* text) {
-  INTERVAL i;
-  EXPECT_EQ(zintstr(text, -1, &i), 0) << text;
-  return i;
-}
-
-double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
+using testing::iv;
+using testing::ymd;
 
 int monthOf(double d) {
   int m = 0, dd = 0, y = 0;
@@ -69,29 +53,15 @@ std::vector<int> codes(const INTERVAL& i, double stdate, int scode, long n, int*
   return v;
 }
 
-TEST(CycleScd, MonthlyFromTheCalendar) {
-  const INTERVAL m = parse("MONTH");
-  int ns = 12, rc = 0;
-  const double start = ymd(2001, 3, 1);
-  const auto v = codes(m, start, 0, 30, &ns, &rc);
-  ASSERT_EQ(rc, 0);
-  double d = start;
-  for (int t = 0; t < 30; ++t) {
-    EXPECT_EQ(v[static_cast<std::size_t>(t)], monthOf(d) - 1) << t;
-    d = ymd(yearOf(d) + (monthOf(d) == 12 ? 1 : 0), monthOf(d) % 12 + 1, 1);
-  }
-  EXPECT_EQ(v[0], 2);  // March, from the calendar and not from 0
-}
-
 TEST(CycleScd, NegativeCountTakesTheIntervalsOwn) {
   int rc = 0;
   int ns = -1;
-  const auto v = codes(parse("MONTH"), ymd(2001, 11, 1), 0, 4, &ns, &rc);
+  const auto v = codes(iv("MONTH"), ymd(2001, 11, 1), 0, 4, &ns, &rc);
   EXPECT_EQ(rc, 0);
   EXPECT_EQ(ns, 12);
   EXPECT_EQ(v, (std::vector<int>{10, 11, 0, 1}));
   ns = -1;
-  const auto q = codes(parse("QTR"), ymd(2001, 8, 1), 0, 5, &ns, &rc);
+  const auto q = codes(iv("QTR"), ymd(2001, 8, 1), 0, 5, &ns, &rc);
   EXPECT_EQ(ns, 4);
   EXPECT_EQ(q, (std::vector<int>{2, 3, 0, 1, 2}));
 }
@@ -108,7 +78,7 @@ TEST(CycleScd, DaysFromTheWeekday) {
       {"DTDAY", ymd(2005, 7, 15), 5},
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const double scale = i.units == 's' ? 86400.0 : 1.0;
     int ns = 7, rc = 0;
     const auto v = codes(i, c.start * scale + (i.units == 's' ? 3600.0 : 0.0), 0, 20, &ns, &rc);
@@ -131,7 +101,7 @@ TEST(CycleScd, WorkingDaysFromTheFirstWorkingDayOfTheWeek) {
       {"WEEKDAY67W", ymd(2001, 1, 7), 5}, // Sunday to Thursday
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     int ns = c.ns, rc = 0;
     const auto v = codes(i, c.start, 0, 15, &ns, &rc);
     ASSERT_EQ(rc, 0) << c.interval;
@@ -166,7 +136,7 @@ TEST(CycleScd, TimeOfDayAndParts) {
   };
   for (const Case& c : cases) {
     int ns = c.ns, rc = 0;
-    const auto v = codes(parse(c.interval), c.start, 0, 30, &ns, &rc);
+    const auto v = codes(iv(c.interval), c.start, 0, 30, &ns, &rc);
     ASSERT_EQ(rc, 0) << c.interval;
     for (int t = 0; t < 30; ++t) {
       // Position within the cycle of the interval that holds the t-th step.
@@ -180,7 +150,7 @@ TEST(CycleScd, TimeOfDayAndParts) {
 TEST(CycleScd, TendaysSemimonthsAndRetailMonths) {
   {
     int ns = 36, rc = 0;
-    const auto v = codes(parse("TENDAY"), ymd(2005, 2, 21), 0, 40, &ns, &rc);
+    const auto v = codes(iv("TENDAY"), ymd(2005, 2, 21), 0, 40, &ns, &rc);
     ASSERT_EQ(rc, 0);
     double d = ymd(2005, 2, 21);
     for (int t = 0; t < 40; ++t) {
@@ -194,29 +164,29 @@ TEST(CycleScd, TendaysSemimonthsAndRetailMonths) {
   }
   {
     int ns = 24, rc = 0;
-    const auto v = codes(parse("SEMIMONTH"), ymd(2005, 12, 16), 0, 3, &ns, &rc);
+    const auto v = codes(iv("SEMIMONTH"), ymd(2005, 12, 16), 0, 3, &ns, &rc);
     EXPECT_EQ(v, (std::vector<int>{23, 0, 1}));
   }
   {
     // ISO year 2009 starts on Monday 2008-12-29; the 4-4-5 pattern starts
     // month 2 after 4 weeks (2009-01-26), month 3 after 8 (2009-02-23).
     int ns = 12, rc = 0;
-    const auto v = codes(parse("R445MON"), ymd(2009, 1, 26), 0, 3, &ns, &rc);
+    const auto v = codes(iv("R445MON"), ymd(2009, 1, 26), 0, 3, &ns, &rc);
     EXPECT_EQ(rc, 0);
     EXPECT_EQ(v, (std::vector<int>{1, 2, 3}));
     // Month 12 of 2009 (a 53-week ISO year) starts after 47 weeks: 2009-11-23.
-    const auto w = codes(parse("R445MON"), ymd(2009, 11, 23), 0, 2, &ns, &rc);
+    const auto w = codes(iv("R445MON"), ymd(2009, 11, 23), 0, 2, &ns, &rc);
     EXPECT_EQ(w, (std::vector<int>{11, 0}));
   }
 }
 
 TEST(CycleScd, ObservationGridCountsFromTheFirst) {
   int ns = 12, rc = 0;
-  const auto v = codes(parse("OBS"), 5, 0, 14, &ns, &rc);
+  const auto v = codes(iv("OBS"), 5, 0, 14, &ns, &rc);
   EXPECT_EQ(rc, 0);
   EXPECT_EQ(v, (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 0, 1}));
   ns = -1;
-  const auto z = codes(parse("OBS"), 1, 0, 3, &ns, &rc);
+  const auto z = codes(iv("OBS"), 1, 0, 3, &ns, &rc);
   EXPECT_EQ(rc, 1);
   EXPECT_EQ(z, (std::vector<int>{0, 0, 0}));
 }
@@ -241,7 +211,7 @@ TEST(CycleScd, WeeksInTheYearOfJanuary4) {
       {"DTWEEK", ymd(2003, 10, 5), 52, 0, 0},
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const double scale = i.units == 's' ? 86400.0 : 1.0;
     int ns = c.ns, rc = 0;
     const auto v = codes(i, c.start * scale, c.scode, 110, &ns, &rc);
@@ -265,7 +235,7 @@ TEST(CycleScd, WeeksInTheYearOfJanuary4) {
 TEST(CycleScd, TwoWeekGrid) {
   // WEEK2 boundaries fall on the Sundays 1959-12-27, 1960-01-10, ...: every
   // 14 days from day -5. The year's first interval holds January 4.
-  const INTERVAL i = parse("WEEK2");
+  const INTERVAL i = iv("WEEK2");
   int ns = 26, rc = 0;
   const double start = ymd(2003, 10, 5);  // a WEEK2 boundary: (day + 5) % 14 == 0
   ASSERT_EQ(std::fmod(start + 5, 14.0), 0.0);
@@ -287,7 +257,7 @@ TEST(CycleScd, WeekByWeekVariant) {
   // A shift of 83 on a 13-week grid: positions counted in plain weeks from
   // the week of January 4, then divided by 13; the long year's 53rd week
   // (position 52, quotient 4) takes scode.
-  const INTERVAL i = parse("WEEK13.84");
+  const INTERVAL i = iv("WEEK13.84");
   ASSERT_EQ(i.shiftper, 83);
   int ns = 4, rc = 0;
   const double start = ymd(2003, 6, 1);
@@ -308,7 +278,7 @@ TEST(CycleScd, StrictCyclesWithNegativeScode) {
     const double jan1 = ymd(2003, 1, 1);
     const double f = jan1 + (7 - weekday0(jan1)) % 7;
     int ns = 52, rc = 0;
-    const auto v = codes(parse("WEEK"), start, -1, 70, &ns, &rc);
+    const auto v = codes(iv("WEEK"), start, -1, 70, &ns, &rc);
     ASSERT_EQ(rc, 0);
     const int s0 = static_cast<int>((start - f) / 7);
     for (int t = 0; t < 70; ++t) EXPECT_EQ(v[static_cast<std::size_t>(t)], (s0 + t) % 52) << t;
@@ -316,9 +286,9 @@ TEST(CycleScd, StrictCyclesWithNegativeScode) {
   {
     // ISO weeks: week 53 folds to 51 through scode -1.
     int ns = 52, rc = 0;
-    const auto v = codes(parse("WEEKV"), ymd(2009, 12, 28), -1, 3, &ns, &rc);
+    const auto v = codes(iv("WEEKV"), ymd(2009, 12, 28), -1, 3, &ns, &rc);
     EXPECT_EQ(v, (std::vector<int>{51, 0, 1}));
-    const auto w = codes(parse("WEEKV"), ymd(2009, 12, 21), -1, 3, &ns, &rc);
+    const auto w = codes(iv("WEEKV"), ymd(2009, 12, 21), -1, 3, &ns, &rc);
     EXPECT_EQ(w, (std::vector<int>{51, 0, 1}));  // week 52, then strictly on
   }
   {
@@ -327,7 +297,7 @@ TEST(CycleScd, StrictCyclesWithNegativeScode) {
     // the calendar.
     int ns = 52, rc = 0;
     const double start = ymd(2003, 10, 5);
-    const auto v = codes(parse("WEEK"), start, -2, 60, &ns, &rc);
+    const auto v = codes(iv("WEEK"), start, -2, 60, &ns, &rc);
     ASSERT_EQ(rc, 0);
     const long long w0 = static_cast<long long>((start + 5) / 7);
     for (int t = 0; t < 60; ++t) EXPECT_EQ(v[static_cast<std::size_t>(t)], static_cast<int>((w0 + t) % 52)) << t;
@@ -335,58 +305,58 @@ TEST(CycleScd, StrictCyclesWithNegativeScode) {
   {
     // scode -2 on months: twelve months from January 1960 are the year.
     int ns = 12, rc = 0;
-    const auto v = codes(parse("MONTH"), ymd(2001, 3, 1), -2, 12, &ns, &rc);
+    const auto v = codes(iv("MONTH"), ymd(2001, 3, 1), -2, 12, &ns, &rc);
     EXPECT_EQ(v, (std::vector<int>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 0, 1}));
   }
 }
 
 TEST(CycleScd, CountDifferentFromTheCycle) {
   int ns = 4, rc = 0;
-  const auto v = codes(parse("MONTH"), ymd(2001, 1, 1), 0, 6, &ns, &rc);
+  const auto v = codes(iv("MONTH"), ymd(2001, 1, 1), 0, 6, &ns, &rc);
   EXPECT_EQ(rc, 0);
   EXPECT_EQ(v, (std::vector<int>{0, 1, 2, 3, 0, 1}));
   // No cycle, but a count: codes run from the first interval.
   ns = 3;
-  const auto w = codes(parse("MONTH5"), ymd(2001, 4, 1), 0, 5, &ns, &rc);
+  const auto w = codes(iv("MONTH5"), ymd(2001, 4, 1), 0, 5, &ns, &rc);
   EXPECT_EQ(rc, 0);
   EXPECT_EQ(w, (std::vector<int>{0, 1, 2, 0, 1}));
   // A one-interval cycle and a given count: the same.
   ns = 2;
-  const auto y = codes(parse("YEARV"), ymd(2001, 4, 1), 0, 3, &ns, &rc);
+  const auto y = codes(iv("YEARV"), ymd(2001, 4, 1), 0, 3, &ns, &rc);
   EXPECT_EQ(y, (std::vector<int>{0, 1, 0}));
 }
 
 TEST(CycleScd, NoSeasonsAndFailures) {
   int rc = 0;
   int ns = 0;
-  auto v = codes(parse("MONTH5"), ymd(2001, 4, 1), 0, 4, &ns, &rc);
+  auto v = codes(iv("MONTH5"), ymd(2001, 4, 1), 0, 4, &ns, &rc);
   EXPECT_EQ(rc, 1);
   EXPECT_EQ(v, (std::vector<int>{0, 0, 0, 0}));
   ns = 1;
-  v = codes(parse("MONTH"), ymd(2001, 4, 1), 0, 2, &ns, &rc);
+  v = codes(iv("MONTH"), ymd(2001, 4, 1), 0, 2, &ns, &rc);
   EXPECT_EQ(rc, 1);
   EXPECT_EQ(v, (std::vector<int>{0, 0}));
 
   ns = 12;
-  v = codes(parse("NONE"), 0, 0, 3, &ns, &rc);
+  v = codes(iv("NONE"), 0, 0, 3, &ns, &rc);
   EXPECT_EQ(rc, -1);
   EXPECT_EQ(v, (std::vector<int>{0, 0, 0}));
-  v = codes(parse("MONTH"), kMissing, 0, 3, &ns, &rc);
+  v = codes(iv("MONTH"), kMissing, 0, 3, &ns, &rc);
   EXPECT_EQ(rc, -1);
   EXPECT_EQ(v, (std::vector<int>{0, 0, 0}));
-  v = codes(parse("MONTH"), 7e6, 0, 3, &ns, &rc);  // beyond the calendar
+  v = codes(iv("MONTH"), 7e6, 0, 3, &ns, &rc);  // beyond the calendar
   EXPECT_EQ(rc, -1);
   // Stepping off the end of the calendar fails the weekly path too.
-  v = codes(parse("WEEK"), 6589300, 0, 10, &ns, &rc);
+  v = codes(iv("WEEK"), 6589300, 0, 10, &ns, &rc);
   EXPECT_EQ(rc, -1);
 
   // Nothing to fill, and bad pointers.
-  v = codes(parse("MONTH"), 0, 0, 0, &ns, &rc);
+  v = codes(iv("MONTH"), 0, 0, 0, &ns, &rc);
   EXPECT_EQ(rc, 0);
-  EXPECT_EQ(zintscd(parse("MONTH"), 0, 0, 3, nullptr, &ns), -1);
+  EXPECT_EQ(zintscd(iv("MONTH"), 0, 0, 3, nullptr, &ns), -1);
   int out[3];
-  EXPECT_EQ(zintscd(parse("MONTH"), 0, 0, 3, out, nullptr), -1);
-  EXPECT_EQ(zintscd(parse("MONTH"), 0, 0, -1, out, &ns), -1);
+  EXPECT_EQ(zintscd(iv("MONTH"), 0, 0, 3, out, nullptr), -1);
+  EXPECT_EQ(zintscd(iv("MONTH"), 0, 0, -1, out, &ns), -1);
 }
 
 TEST(CycleScd, CustomWithoutCalendar) {
@@ -413,10 +383,10 @@ TEST(CycleScd2, RecordWithOrWithoutItsCycle) {
   const double start = ymd(2001, 3, 1);
   int ref[8];
   int ns = 12;
-  ASSERT_EQ(zintscd(parse("MONTH"), start, 0, 8, ref, &ns), 0);
+  ASSERT_EQ(zintscd(iv("MONTH"), start, 0, 8, ref, &ns), 0);
 
-  INTERVALX year = zintwiden(parse("YEAR"));
-  INTERVALX m = zintwiden(parse("MONTH"));
+  INTERVALX year = zintwiden(iv("YEAR"));
+  INTERVALX m = zintwiden(iv("MONTH"));
   m.sinterval = &year;
   m.nseasons = 12;
   int got[8];
@@ -424,14 +394,14 @@ TEST(CycleScd2, RecordWithOrWithoutItsCycle) {
   ASSERT_EQ(zintscd2(&m, start, 0, 8, got, &ns), 0);
   EXPECT_EQ(std::vector<int>(got, got + 8), std::vector<int>(ref, ref + 8));
 
-  INTERVALX bare = zintwiden(parse("MONTH"));
+  INTERVALX bare = zintwiden(iv("MONTH"));
   ns = 12;
   ASSERT_EQ(zintscd2(&bare, start, 0, 8, got, &ns), 0);
   EXPECT_EQ(std::vector<int>(got, got + 8), std::vector<int>(ref, ref + 8));
 
   // scode -2 keeps the count in the record; four months from January 1960
   // make the cycle, so the codes are the month of the year modulo 4.
-  INTERVALX m4 = zintwiden(parse("MONTH"));
+  INTERVALX m4 = zintwiden(iv("MONTH"));
   ns = 4;
   ASSERT_EQ(zintscd2(&m4, start, -2, 8, got, &ns), 0);
   EXPECT_EQ(m4.nseasons, 4);
@@ -445,16 +415,16 @@ TEST(CycleScd2, RecordWithOrWithoutItsCycle) {
 TEST(CycleScy, DummyRows) {
   std::vector<double> row(53, -1.0);
   // A week inside the year, no extra column: one element set.
-  zintscy(parse("WEEK"), 5, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
+  zintscy(iv("WEEK"), 5, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
   for (int k = 0; k < 51; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], k == 5 ? 1.0 : 0.0) << k;
   EXPECT_EQ(row[51], -1.0) << "wrote past nseasons - 1";
   // The last season is the reference: nothing set.
   std::fill(row.begin(), row.end(), -1.0);
-  zintscy(parse("WEEK"), 51, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
+  zintscy(iv("WEEK"), 51, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
   for (int k = 0; k < 51; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], 0.0) << k;
   // Without intercept the last season has its own column.
   std::fill(row.begin(), row.end(), -1.0);
-  zintscy(parse("MONTH"), 11, ymd(2003, 12, 1), 12, 1, row.data(), nullptr);
+  zintscy(iv("MONTH"), 11, ymd(2003, 12, 1), 12, 1, row.data(), nullptr);
   for (int k = 0; k < 12; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], k == 11 ? 1.0 : 0.0) << k;
   EXPECT_EQ(row[12], -1.0);
 }
@@ -464,26 +434,20 @@ TEST(CycleScy, ExtraWeekSplitAcrossTheNewYear) {
   // next Sunday is 2004-01-04, so 3 of its 7 days lie in 2004.
   std::vector<double> row(52, -1.0);
   double partial = kMissing;
-  zintscy(parse("WEEK"), 52, ymd(2003, 12, 28), 52, 1, row.data(), &partial);
+  zintscy(iv("WEEK"), 52, ymd(2003, 12, 28), 52, 1, row.data(), &partial);
   EXPECT_DOUBLE_EQ(partial, 3.0 / 7.0);
   EXPECT_DOUBLE_EQ(row[0], 3.0 / 7.0);
   EXPECT_DOUBLE_EQ(row[51], 4.0 / 7.0);
   for (int k = 1; k < 51; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], 0.0) << k;
   // A given part is used as it is.
   double given = 0.25;
-  zintscy(parse("WEEK"), 52, ymd(2003, 12, 28), 52, 0, row.data(), &given);
+  zintscy(iv("WEEK"), 52, ymd(2003, 12, 28), 52, 0, row.data(), &given);
   EXPECT_DOUBLE_EQ(row[0], 0.25);
   EXPECT_DOUBLE_EQ(given, 0.25);
   // Degenerate sizes write nothing.
-  zintscy(parse("WEEK"), 0, 0, 1, 0, row.data(), nullptr);
-  zintscy(parse("WEEK"), 0, 0, 0, 0, nullptr, nullptr);
+  zintscy(iv("WEEK"), 0, 0, 1, 0, row.data(), nullptr);
+  zintscy(iv("WEEK"), 0, 0, 0, 0, nullptr, nullptr);
 }
-
-}  // namespace
-}  // namespace qvt
-
-namespace qvt {
-namespace {
 
 // Every family at the calendar's edges and at values that aren't dates:
 // codes stay in 0 .. ns - 1 (or are scode), steps are missing or inside the
@@ -540,13 +504,6 @@ TEST(CycleRobust, EdgesAndNonDates) {
     }
   }
 }
-
-}  // namespace
-}  // namespace qvt
-
-
-namespace qvt {
-namespace {
 
 // Season codes of single dates against the table that Python's datetime
 // computes (tests/calendar/gen_date_oracle.py): month and day of the month,

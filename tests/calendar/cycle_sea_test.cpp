@@ -2,23 +2,14 @@
 // cycle, multiples of intervals and their simpler names. Expected cycles and
 // counts are the calendar facts (12 months in a year, 7 days in a week), and
 // the counts of working days in a year are counted day by day.
-#include <gtest/gtest.h>
 
-#include <string>
-
-#include "calendar/interval.hpp"
-#include "calendar/zintcycle.hpp"
-#include "host/hostdate.hpp"
-#include "run/missing.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {
 
-INTERVAL parse(const char* text) {
-  INTERVAL i;
-  EXPECT_EQ(zintstr(text, -1, &i), 0) << text;
-  return i;
-}
+using testing::iv;
+using testing::ymd;
 
 std::string name(const INTERVAL& i) {
   char buf[64];
@@ -28,8 +19,6 @@ std::string name(const INTERVAL& i) {
 }
 
 std::string tokenOf(const INTERVAL& i) { return std::string(i.token, static_cast<std::size_t>(i.tokenlen)); }
-
-double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
 
 struct SeaCase {
   const char* interval;
@@ -76,7 +65,7 @@ TEST(CycleSea, TableAndCountedMultipliers) {
       {"NONE", d0, 2, "", 0},
   };
   for (const SeaCase& c : table) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     INTERVAL s;
     s.intcode = 99;  // must be cleared
     int ns = -7;
@@ -92,7 +81,7 @@ TEST(CycleSea, TableAndCountedMultipliers) {
 }
 
 TEST(CycleSea, BadArguments) {
-  const INTERVAL m = parse("MONTH");
+  const INTERVAL m = iv("MONTH");
   INTERVAL s;
   int ns = 5;
   EXPECT_EQ(zintsea(nullptr, 0, &s, &ns), 2);
@@ -103,9 +92,9 @@ TEST(CycleSea, BadArguments) {
   reserved.intcode = 28;
   EXPECT_EQ(zintsea(&reserved, 0, &s, &ns), 1);
   // A missing date: the cycle that holds day 0 decides.
-  const INTERVAL m5 = parse("MONTH5");
+  const INTERVAL m5 = iv("MONTH5");
   EXPECT_EQ(zintsea(&m5, kMissing, &s, &ns), 1);
-  const INTERVAL m12 = parse("MONTH12");
+  const INTERVAL m12 = iv("MONTH12");
   EXPECT_EQ(zintsea(&m12, kMissing, &s, &ns), 0);
   EXPECT_EQ(ns, 1);
 }
@@ -139,7 +128,7 @@ TEST(CycleSea2, DifferencesFromZintsea) {
       {"WEEKV", 53, 0, "YEARV", 53}, {"MONTH", 53, 0, "YEAR", 12}, {"MONTH5", 0, 1, "", 0},
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     INTERVAL s;
     int ns = c.nsIn;
     EXPECT_EQ(zintsea2(&i, 0, &s, &ns), c.rc) << c.interval << " " << c.nsIn;
@@ -179,14 +168,14 @@ TEST(CycleCalcNseasons, CountsInOneCycle) {
       {"MONTH5", "YEAR", mid, 1, 0},  {"MONTH", "WEEK", mid, 1, 0},   {"DAY2", "WEEK", mid, 1, 0},
   };
   for (const Case& c : cases) {
-    INTERVALX i = zintwiden(parse(c.interval));
-    const INTERVALX s = zintwiden(parse(c.cycle));
+    INTERVALX i = zintwiden(iv(c.interval));
+    const INTERVALX s = zintwiden(iv(c.cycle));
     int ns = -1;
     EXPECT_EQ(zintsea_calc_nseasons(&i, c.date, &s, &ns), c.rc) << c.interval << " in " << c.cycle;
     EXPECT_EQ(ns, c.ns) << c.interval << " in " << c.cycle;
   }
   // Without a cycle there is nothing to count.
-  INTERVALX m = zintwiden(parse("MONTH"));
+  INTERVALX m = zintwiden(iv("MONTH"));
   int ns = 0;
   EXPECT_EQ(zintsea_calc_nseasons(&m, 0, nullptr, &ns), 2);
   EXPECT_EQ(zintsea_calc_nseasons(nullptr, 0, &m, &ns), 2);
@@ -196,10 +185,10 @@ TEST(CycleCalcNseasons, WorkingDaysInYearsAndSemimonths) {
   // The year of a weekday grid starts on its first working day on or after
   // January 1; the count is the working days up to the next such start.
   for (const char* wdText : {"WEEKDAY", "WEEKDAY17W", "WEEKDAY1W", "WEEKDAY67W"}) {
-    const INTERVAL wd = parse(wdText);
+    const INTERVAL wd = iv(wdText);
     INTERVALX i = zintwiden(wd);
-    const INTERVALX year = zintwiden(parse("YEAR"));
-    const INTERVALX semi = zintwiden(parse("SEMIMONTH"));
+    const INTERVALX year = zintwiden(iv("YEAR"));
+    const INTERVALX semi = zintwiden(iv("SEMIMONTH"));
     for (int y : {1999, 2000, 2004, 2012, 2016, 2021}) {
       int ns = 0;
       ASSERT_EQ(zintsea_calc_nseasons(&i, ymd(y, 6, 30), &year, &ns), 0) << wdText << " " << y;
@@ -242,7 +231,7 @@ TEST(CycleMult, NamesOfMultiples) {
       {"MONTH2.2", 3, 0, "MONTH6.2"},
   };
   for (const Case& c : cases) {
-    const INTERVALX i = zintwiden(parse(c.interval));
+    const INTERVALX i = zintwiden(iv(c.interval));
     INTERVALX out;
     EXPECT_EQ(zintmult(&i, c.k, &out, c.flags), 0) << c.interval << " x " << c.k;
     EXPECT_EQ(name(out), c.result) << c.interval << " x " << c.k;
@@ -258,19 +247,19 @@ TEST(CycleMult, NamesOfMultiples) {
 }
 
 TEST(CycleMult, BadArgumentsAndOverflow) {
-  const INTERVALX m = zintwiden(parse("MONTH"));
+  const INTERVALX m = zintwiden(iv("MONTH"));
   INTERVALX out;
   EXPECT_EQ(zintmult(nullptr, 2, &out, 0), 2);
   EXPECT_EQ(zintmult(&m, 2, nullptr, 0), 2);
   EXPECT_EQ(zintmult(&m, 0, &out, 0), 2);
   EXPECT_EQ(zintmult(&m, -3, &out, 0), 2);
-  const INTERVALX big = zintwiden(parse("MONTH2000000000"));
+  const INTERVALX big = zintwiden(iv("MONTH2000000000"));
   EXPECT_EQ(zintmult(&big, 2, &out, 0), 2);
 }
 
 TEST(CycleMult, CycleOfTheMultiple) {
-  INTERVALX year = zintwiden(parse("YEAR"));
-  INTERVALX month = zintwiden(parse("MONTH"));
+  INTERVALX year = zintwiden(iv("YEAR"));
+  INTERVALX month = zintwiden(iv("MONTH"));
   month.sinterval = &year;
   month.nseasons = 12;
 
@@ -300,7 +289,7 @@ TEST(CycleMult, CycleOfTheMultiple) {
   EXPECT_EQ(out3.nseasons, 12);
 
   // A result and its source may be the same record.
-  INTERVALX self = zintwiden(parse("WEEK"));
+  INTERVALX self = zintwiden(iv("WEEK"));
   ASSERT_EQ(zintmult(&self, 52, &self, 0), 0);
   EXPECT_EQ(name(self), "YEAR");
 }
@@ -324,7 +313,7 @@ TEST(CycleRsimp, Rewrites) {
       {"DTWEEKV52", 0, "DTYEARV", true},
   };
   for (const Case& c : cases) {
-    INTERVALX i = zintwiden(parse(c.interval));
+    INTERVALX i = zintwiden(iv(c.interval));
     EXPECT_EQ(zintrsimp(&i), c.rc) << c.interval;
     EXPECT_EQ(name(i), c.result) << c.interval;
     EXPECT_EQ(tokenOf(i), c.changed ? c.result : c.interval) << c.interval;
@@ -337,7 +326,7 @@ TEST(CycleRsimp, Rewrites) {
 TEST(CycleSeaSet, FromWhatTheCallerGives) {
   const double mid = ymd(2005, 7, 14);
   {  // nothing given: derived
-    INTERVALX w = zintwiden(parse("WEEK"));
+    INTERVALX w = zintwiden(iv("WEEK"));
     INTERVALX s;
     int ns = 0;
     EXPECT_EQ(zintsea_set(&w, mid, &s, &ns), 0);
@@ -346,8 +335,8 @@ TEST(CycleSeaSet, FromWhatTheCallerGives) {
     EXPECT_EQ(w.nseasons, 52);
   }
   {  // a name, in lower case: counted, and the token comes back upper case
-    INTERVALX m = zintwiden(parse("MONTH"));
-    INTERVALX s = zintwiden(parse("year"));
+    INTERVALX m = zintwiden(iv("MONTH"));
+    INTERVALX s = zintwiden(iv("year"));
     int ns = 0;
     EXPECT_EQ(zintsea_set(&m, mid, &s, &ns), 0);
     EXPECT_EQ(tokenOf(s), "YEAR");
@@ -355,34 +344,34 @@ TEST(CycleSeaSet, FromWhatTheCallerGives) {
     EXPECT_EQ(m.nseasons, 12);
   }
   {  // a name and a count that agree, and one that doesn't
-    INTERVALX m = zintwiden(parse("MONTH"));
-    INTERVALX s = zintwiden(parse("QTR"));
+    INTERVALX m = zintwiden(iv("MONTH"));
+    INTERVALX s = zintwiden(iv("QTR"));
     int ns = 3;
     EXPECT_EQ(zintsea_set(&m, mid, &s, &ns), 0);
     EXPECT_EQ(ns, 3);
-    INTERVALX s2 = zintwiden(parse("QTR"));
+    INTERVALX s2 = zintwiden(iv("QTR"));
     int bad = 5;
     EXPECT_EQ(zintsea_set(&m, mid, &s2, &bad), 2);
   }
   {  // a name whose grid the interval doesn't nest in
-    INTERVALX m = zintwiden(parse("MONTH5"));
-    INTERVALX s = zintwiden(parse("YEAR"));
+    INTERVALX m = zintwiden(iv("MONTH5"));
+    INTERVALX s = zintwiden(iv("YEAR"));
     int ns = 0;
     EXPECT_EQ(zintsea_set(&m, mid, &s, &ns), 1);
   }
   {  // an OBS name fixes the count to its multiplier
-    INTERVALX o = zintwiden(parse("OBS"));
-    INTERVALX s = zintwiden(parse("OBS4"));
+    INTERVALX o = zintwiden(iv("OBS"));
+    INTERVALX s = zintwiden(iv("OBS4"));
     int ns = 0;
     EXPECT_EQ(zintsea_set(&o, 0, &s, &ns), 0);
     EXPECT_EQ(ns, 4);
     EXPECT_EQ(name(s), "OBS4.");
-    INTERVALX s2 = zintwiden(parse("OBS4"));
+    INTERVALX s2 = zintwiden(iv("OBS4"));
     int other = 3;
     EXPECT_EQ(zintsea_set(&o, 0, &s2, &other), 2);
   }
   {  // a count of 1 makes the interval its own cycle
-    INTERVALX q = zintwiden(parse("QTR"));
+    INTERVALX q = zintwiden(iv("QTR"));
     INTERVALX s;
     int ns = 1;
     EXPECT_EQ(zintsea_set(&q, 0, &s, &ns), 0);
@@ -390,7 +379,7 @@ TEST(CycleSeaSet, FromWhatTheCallerGives) {
   }
   {  // the record's own cycle place is filled too
     INTERVALX place;
-    INTERVALX d = zintwiden(parse("DAY"));
+    INTERVALX d = zintwiden(iv("DAY"));
     d.sinterval = &place;
     EXPECT_EQ(zintsea_set(&d, mid, nullptr, nullptr), 0);
     EXPECT_EQ(name(place), "WEEK1.");

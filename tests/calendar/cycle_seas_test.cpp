@@ -2,15 +2,14 @@
 // years. The week years are found independently from the weekday of
 // January 4; single dates are worked by hand from a calendar (noted beside
 // each case).
-#include <gtest/gtest.h>
 
-#include "calendar/interval.hpp"
-#include "calendar/zintcycle.hpp"
-#include "host/hostdate.hpp"
-#include "run/missing.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {
+
+using testing::iv;
+using testing::ymd;
 
 INTERVALX parsex(const char* text) {
   INTERVAL i;
@@ -18,7 +17,6 @@ INTERVALX parsex(const char* text) {
   return zintwiden(i);
 }
 
-double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
 int weekday0(double d) { return static_cast<int>(hostWeekday(d)) - 1; }
 int yearOf(double d) { return static_cast<int>(hostYear(d)); }
 

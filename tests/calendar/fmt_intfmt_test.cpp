@@ -1,24 +1,16 @@
 // Default formats of intervals. Each expected name and width pair below is
 // read off the rules of the format choice by hand, for intervals parsed from
 // their text.
-#include <gtest/gtest.h>
+
+#include "calendar_fixture.hpp"
 
 #include <cstring>
-#include <string>
-
-#include "calendar/interval.hpp"
-#include "calendar/zfmt.hpp"
-#include "run/missing.hpp"
 
 namespace qvt {
 namespace {
 
-INTERVAL parse(const char* text) {
-  INTERVAL i;
-  const int rc = zintstr(text, -1, &i);
-  EXPECT_EQ(rc, 0) << text;
-  return i;
-}
+using testing::iv;
+using testing::ymd;
 
 struct Out {
   std::string name;
@@ -75,7 +67,7 @@ TEST(IntFmt, ByIntervalCode) {
       {"NONE", "D", 9, 7},
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const Out o = fmt(&i);
     EXPECT_EQ(o.name, c.name) << c.interval;
     EXPECT_EQ(o.w1, c.w1) << c.interval;
@@ -133,13 +125,13 @@ TEST(IntFmm, TimeOfDayOnTimeGrids) {
       {"DAY", 0.0, "DATE", 9, 7},              // not a time grid
   };
   for (const MCase& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const Out o = run([&](char* n, short* l, short* a, short* b) { zintfmm(&i, c.idval, n, l, a, b); });
     EXPECT_EQ(o.name, c.name) << c.interval << " " << c.idval;
     EXPECT_EQ(o.w1, c.w1) << c.interval << " " << c.idval;
     EXPECT_EQ(o.w2, c.w2) << c.interval << " " << c.idval;
   }
-  const INTERVAL h = parse("HOUR");
+  const INTERVAL h = iv("HOUR");
   const Out m = run([&](char* n, short* l, short* a, short* b) { zintfmm(&h, kMissing, n, l, a, b); });
   EXPECT_EQ(m.name, "DATETIME");
 }
@@ -178,7 +170,7 @@ TEST(IntFmp, ElapsedTimeRanges) {
       {"DTMINUTE", 0.0, 7200.0, "DATETIME", 13, 13},
   };
   for (const PCase& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const Out o = run([&](char* n, short* l, short* a, short* b) {
       zintfmp(&i, c.minval, c.maxval, n, l, a, b);
     });
@@ -186,14 +178,14 @@ TEST(IntFmp, ElapsedTimeRanges) {
     EXPECT_EQ(o.w1, c.w1) << c.interval << " " << c.maxval;
     EXPECT_EQ(o.w2, c.w2) << c.interval << " " << c.maxval;
   }
-  const INTERVAL m = parse("MINUTE");
+  const INTERVAL m = iv("MINUTE");
   const Out o = run([&](char* n, short* l, short* a, short* b) { zintfmp(&m, kMissing, 60.0, n, l, a, b); });
   EXPECT_EQ(o.name, "DATETIME");
 }
 
 TEST(IntFmp, WidthsCappedAtTwenty) {
   // SECOND over 1e20 s: hours about 2.8e16, hd 16: TIME 22, cut to 20.
-  const INTERVAL i = parse("SECOND");
+  const INTERVAL i = iv("SECOND");
   const Out o = run([&](char* n, short* l, short* a, short* b) { zintfmp(&i, 0.0, 1e20, n, l, a, b); });
   EXPECT_EQ(o.name, "TIME");
   EXPECT_EQ(o.w1, 20);
@@ -212,7 +204,7 @@ TEST(IntFmd, ByMultiplier) {
       {"TMINUTE", "HHMM", 6, 5},     {"MONTH", "MONYY", 7, 5},
   };
   for (const Case& c : cases) {
-    const INTERVAL i = parse(c.interval);
+    const INTERVAL i = iv(c.interval);
     const Out o = run([&](char* n, short* l, short* a, short* b) { zintfmd(&i, n, l, a, b); });
     EXPECT_EQ(o.name, c.name) << c.interval;
     EXPECT_EQ(o.w1, c.w1) << c.interval;

@@ -1,14 +1,11 @@
 // The format table: shape invariants counted afresh at run time, category
 // membership of names picked by hand from each list and family, and the
 // name lookups (kind, units, code) with their edge cases.
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <map>
 #include <set>
-#include <string>
-
-#include "calendar/zfmt.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {

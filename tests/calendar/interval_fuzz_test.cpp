@@ -2,17 +2,12 @@
 // records must give result codes and missing values, never undefined
 // behaviour. Run under the sanitizers; the assertions check that every
 // answer is one the interface allows.
-#include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <random>
-#include <string>
-
-#include "calendar/interval.hpp"
-#include "run/missing.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {

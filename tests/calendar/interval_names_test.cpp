@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
 
 #include <cstring>
-#include <string>
-
-#include "calendar/interval.hpp"
+#include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {
