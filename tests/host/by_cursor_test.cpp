@@ -1,14 +1,8 @@
 // BY groups over an in-memory reader, and through the host on a CSV file.
 #include "host/by_cursor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 #include "host/host_msgs.hpp"
-#include "host/process_host.hpp"
 #include "host_test_util.hpp"
-#include "run/missing.hpp"
 
 namespace qvt {
 namespace {

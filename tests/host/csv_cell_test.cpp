@@ -1,13 +1,6 @@
 // Cells of CSV files: what text stands for which value, and back.
 #include "host/csv_cell.hpp"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cmath>
-#include <limits>
-
-#include "run/missing.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

@@ -1,10 +1,5 @@
 // Every file of the corpus opens to its expected message, never a crash.
-#include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "host/process_host.hpp"
-#include "run/missing.hpp"
 #include "host_test_util.hpp"
 
 namespace qvt {

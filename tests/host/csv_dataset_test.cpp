@@ -1,15 +1,7 @@
 // Data sets through the process host: writing, reading back bit for bit,
 // type inference, the side file, the end of the step, the default input.
-#include <gtest/gtest.h>
 
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <sstream>
-
-#include "host/process_host.hpp"
 #include "host_test_util.hpp"
-#include "run/missing.hpp"
 
 namespace qvt {
 namespace {

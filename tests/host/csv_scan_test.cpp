@@ -2,8 +2,6 @@
 // record crosses a buffer end somewhere.
 #include "host/csv_scan.hpp"
 
-#include <gtest/gtest.h>
-
 #include "host_test_util.hpp"
 
 namespace qvt {

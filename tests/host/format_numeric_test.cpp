@@ -1,11 +1,5 @@
 // Numeric formats against values worked out by hand.
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
-
-#include "host/format.hpp"
-#include "run/missing.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

@@ -1,17 +1,12 @@
 // Informats: values worked out by hand, malformed text, and round trips
 // through the formats that write what they read.
-#include <gtest/gtest.h>
 
-#include <bit>
-#include <cmath>
 #include <cstdint>
 #include <random>
-#include <string>
 #include <vector>
 
-#include "host/format.hpp"
 #include "host/format_read.hpp"
-#include "host/hostdate.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

@@ -1,9 +1,5 @@
 // Parsing of format texts, the format table, and the BEST stand-in.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "host/format.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

@@ -2,14 +2,24 @@
 // in it, and the JSON lines of a log.
 #pragma once
 
-#include <stdlib.h>
+#include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdlib.h>
 #include <string>
 #include <vector>
+
+#include "../calendar/date_oracle.hpp"
+#include "host/format.hpp"
+#include "host/hostdate.hpp"
+#include "host/process_host.hpp"
+#include "run/missing.hpp"
 
 namespace qvt::testing {
 

@@ -1,12 +1,4 @@
-#include "host/hostdate.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
-#include "../calendar/date_oracle.hpp"
-#include "run/missing.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

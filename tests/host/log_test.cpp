@@ -1,13 +1,7 @@
 // The log: text lines and JSON lines, severities, places, counts, options.
 #include "host/log_sink.hpp"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
-#include "host/process_host.hpp"
 #include "host_test_util.hpp"
-#include "run/missing.hpp"
 
 namespace qvt {
 namespace {

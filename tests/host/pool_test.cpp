@@ -1,12 +1,8 @@
 // Pools under a byte budget: zero-filled blocks, the deficit, growth.
 #include "host/pool.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <sstream>
 
-#include "host/process_host.hpp"
 #include "host_test_util.hpp"
 
 namespace qvt {

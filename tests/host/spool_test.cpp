@@ -2,13 +2,9 @@
 // hook that makes one write fail.
 #include "host/spool.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <numeric>
-#include <sstream>
 
-#include "host/process_host.hpp"
 #include "host_test_util.hpp"
 
 namespace qvt {
