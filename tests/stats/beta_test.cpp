@@ -2,20 +2,15 @@
 // against closed forms (factorials, a = 1 or b = 1, the arcsine law, the
 // binomial sum for whole parameters, the t laws with 1 to 4 degrees of
 // freedom) and against an independent power series evaluated in long double.
-#include "stats/numeric.hpp"
-
-#include <gtest/gtest.h>
 
 #include "dense_oracle.hpp"
 
-#include <cmath>
 #include <numbers>
 
 namespace qvt {
 namespace {
 
 using namespace testing_dense;
-
 
 TEST(LogGamma, AgreesWithLongDoubleLibrary) {
   // Whole and half arguments (factorials, Gamma(n + 1/2)) on both sides of

@@ -4,10 +4,18 @@
 // in digits of agreement against a long double reference.
 #pragma once
 
-#include <cmath>
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
 #include <utility>
 #include <vector>
+
+#include "run/missing.hpp"
+#include "stats/numeric.hpp"
 
 namespace qvt::testing_dense {
 

@@ -1,15 +1,8 @@
 // The normal distribution against 80-bit long double references of the C
 // library (erfl, erfcl, solved by Newton's method for the quantile) and
 // against values of Abramowitz & Stegun, Table 7.1 and 26.1.
-#include "stats/numeric.hpp"
-
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
 
 #include "dense_oracle.hpp"
-
-#include <cmath>
 
 namespace qvt {
 namespace {

@@ -1,14 +1,8 @@
 // Packed symmetric matrices: the index, root-free Cholesky and its inverse,
 // the positive-definiteness repair, against a dense Gauss-Jordan solve
 // written here and against hand-worked matrices.
-#include "stats/numeric.hpp"
 
 #include "dense_oracle.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
 
 namespace qvt {
 namespace {

@@ -1,16 +1,5 @@
 // The guarded power against its edge conventions and long double pow.
-#include "stats/numeric.hpp"
-
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <random>
-#include <vector>
+#include "dense_oracle.hpp"
 
 namespace qvt {
 namespace {

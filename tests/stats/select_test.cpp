@@ -1,16 +1,5 @@
 // Selection of order statistics against sorting, with ties, weights and a payload.
-#include "stats/numeric.hpp"
-
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <random>
-#include <vector>
+#include "dense_oracle.hpp"
 
 namespace qvt {
 namespace {

@@ -4,13 +4,7 @@
 // double. Multiplicative factors are checked on series built exactly as
 // (a + b t) S_s, where the right answer is known, and on hand-worked repairs.
 #include "stats/startreg.hpp"
-
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
+#include "dense_oracle.hpp"
 
 namespace qvt {
 namespace {

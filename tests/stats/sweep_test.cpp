@@ -1,14 +1,8 @@
 // The sweep operator against a dense Gauss-Jordan inverse and a least-squares
 // fit solved directly, and on hand-worked matrices.
-#include "stats/numeric.hpp"
 #include "stats/sweep.hpp"
 
 #include "dense_oracle.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
 
 namespace qvt {
 namespace {
