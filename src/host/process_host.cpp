@@ -423,9 +423,14 @@ int ProcessHost::rowPut(DsHandle h) {
     switch (c.src) {
       case OutCol::Src::Num: ds->row.num[i] = *c.num; break;
       case OutCol::Src::Str: ds->row.text[i] = *c.str; break;
-      case OutCol::Src::Tc:
-        ds->row.text[i].assign(c.text, static_cast<std::size_t>(std::max<std::int16_t>(*c.len, 0)));
+      case OutCol::Src::Tc: {
+        // The engine's names are blank-padded to a fixed width; trailing
+        // blanks carry no meaning, so they don't reach the file.
+        std::size_t n = static_cast<std::size_t>(std::max<std::int16_t>(*c.len, 0));
+        while (n > 0 && c.text[n - 1] == ' ') --n;
+        ds->row.text[i].assign(c.text, n);
         break;
+      }
       case OutCol::Src::Copy: {
         const OpenDs* src = find(DsHandle{c.copyDs});
         if (!src || !src->cursor) {  // the source was closed: its values are gone
@@ -580,6 +585,13 @@ void ProcessHost::stepEnd(int rc) {
   std::erase_if(ds_, [](const auto& e) { return e.second->mode == DsMode::Input; });
   for (auto& [id, ds] : ds_) {
     if (ds->mode != DsMode::Output) continue;
+    // An output that never got a variable was opened but not set up (the
+    // engine has said why); a file without columns would only hide an
+    // earlier good one.
+    if (!ds->defined && ds->vars.empty()) {
+      ds->writer->discard();
+      continue;
+    }
     const bool keep = rc < 1000 && !ds->failed;
     DsDiag d;
     if (keep && !ds->defined && ds->writer->begin(ds->vars, d) != 0) {
