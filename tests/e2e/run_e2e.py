@@ -196,25 +196,25 @@ def run_case(qvt, case_dir):
         return errors
 
 
-def main():
-    ap = argparse.ArgumentParser()
-    ap.add_argument("--qvt", required=True)
-    ap.add_argument("--cases", required=True)
-    ap.add_argument("only", nargs="*", help="run only these case names")
-    a = ap.parse_args()
-    a.qvt = os.path.abspath(a.qvt)
+def find_cases(root, only):
+    """Every folder under root that holds a case.json, in a stable order."""
     cases = []
-    for root, dirs, files in os.walk(a.cases):
+    for folder, dirs, files in os.walk(root):
         dirs.sort()
         if "case.json" in files:
-            cases.append(root)
-    if a.only:
-        cases = [c for c in cases if os.path.basename(c) in a.only]
+            cases.append(folder)
+    if only:
+        cases = [c for c in cases if os.path.basename(c) in only]
+    return sorted(cases)
+
+
+def run_all(label, root, cases, run):
+    """Runs run(index, case folder) -> list of errors for every case and reports."""
     passed = failed = 0
-    for c in sorted(cases):
-        name = os.path.relpath(c, a.cases)
+    for n, c in enumerate(cases):
+        name = os.path.relpath(c, root)
         try:
-            errs = run_case(a.qvt, c)
+            errs = run(n, c)
         except Exception as e:  # a broken case is a failure, not a crash of the runner
             errs = [f"{type(e).__name__}: {e}"]
         if errs:
@@ -225,8 +225,23 @@ def main():
         else:
             passed += 1
             print(f"ok   {name}")
-    print(f"e2e: {passed} passed, {failed} failed")
+    print(f"{label}: {passed} passed, {failed} failed")
     return 1 if failed or not cases else 0
+
+
+def arguments():
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--qvt", required=True)
+    ap.add_argument("--cases", required=True)
+    ap.add_argument("only", nargs="*", help="run only these case names")
+    a = ap.parse_args()
+    a.qvt = os.path.abspath(a.qvt)
+    return a
+
+
+def main():
+    a = arguments()
+    return run_all("e2e", a.cases, find_cases(a.cases, a.only), lambda n, c: run_case(a.qvt, c))
 
 
 if __name__ == "__main__":

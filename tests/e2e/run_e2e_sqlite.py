@@ -25,7 +25,6 @@ file), is read as its SQLite counterpart 900/103 (no such table).
 
     run_e2e_sqlite.py --qvt build/dev/qvt --cases tests/e2e/check [names...]
 """
-import argparse
 import csv
 import json
 import os
@@ -154,41 +153,17 @@ def sqlite_case(case_dir, folder):
 def main():
     if len(sys.argv) > 1 and sys.argv[1] == "--as-qvt":
         return as_qvt(sys.argv[2:])
-    ap = argparse.ArgumentParser()
-    ap.add_argument("--qvt", required=True)
-    ap.add_argument("--cases", required=True)
-    ap.add_argument("only", nargs="*", help="run only these case names")
-    a = ap.parse_args()
-    cases = []
-    for root, dirs, files in os.walk(a.cases):
-        dirs.sort()
-        if "case.json" in files:
-            cases.append(root)
-    if a.only:
-        cases = [c for c in cases if os.path.basename(c) in a.only]
-    passed = failed = 0
+    a = run_e2e.arguments()
+    cases = run_e2e.find_cases(a.cases, a.only)
     with tempfile.TemporaryDirectory(prefix="qvt-e2e-sqlite-") as tmp:
         wrapper = os.path.join(tmp, "qvt")
         with open(wrapper, "w", encoding="utf-8") as f:
             f.write(f'#!/bin/sh\nexec "{sys.executable}" "{os.path.abspath(__file__)}" --as-qvt "$@"\n')
         os.chmod(wrapper, 0o755)
-        os.environ[REAL_QVT] = os.path.abspath(a.qvt)
-        for n, c in enumerate(sorted(cases)):
-            name = os.path.relpath(c, a.cases)
-            try:
-                errs = run_e2e.run_case(wrapper, sqlite_case(c, os.path.join(tmp, f"case{n}")))
-            except Exception as e:  # a broken case is a failure, not a crash of the runner
-                errs = [f"{type(e).__name__}: {e}"]
-            if errs:
-                failed += 1
-                print(f"FAIL {name}")
-                for e in errs:
-                    print(f"    {e}")
-            else:
-                passed += 1
-                print(f"ok   {name}")
-    print(f"e2e sqlite: {passed} passed, {failed} failed")
-    return 1 if failed or not cases else 0
+        os.environ[REAL_QVT] = a.qvt
+        return run_e2e.run_all(
+            "e2e sqlite", a.cases, cases,
+            lambda n, c: run_e2e.run_case(wrapper, sqlite_case(c, os.path.join(tmp, f"case{n}"))))
 
 
 if __name__ == "__main__":
