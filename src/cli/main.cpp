@@ -1,4 +1,6 @@
 // The qvt command: qvt run PROGRAM, qvt run -e TEXT, qvt check PROGRAM.
+#include <unistd.h>
+
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -49,6 +51,8 @@ qvt::HostConfig hostConfig(const Common& c) {
   cfg.logFormat = c.logFormat == "jsonl" ? qvt::LogFormat::Jsonl : qvt::LogFormat::Text;
   cfg.memsize = c.memsize;
   cfg.strict = c.strict;
+  // A progress line only where someone watches: standard error on a terminal.
+  if (isatty(STDERR_FILENO) != 0) cfg.progressStream = &std::cerr;
   return cfg;
 }
 

@@ -68,6 +68,7 @@ int Host::spoolPoint(SpoolHandle, long long) { return kHostUnsupported; }
 int Host::spoolClose(SpoolHandle, int) { return kHostUnsupported; }
 
 void Host::stepEnd(int) {}
+void Host::progress(long long) {}
 
 int hostMsgText(const Host& h, tchar* buf, int size, int group, int number,
                 std::initializer_list<MsgArg> args) {

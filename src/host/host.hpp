@@ -220,6 +220,12 @@ class Host {
   virtual int spoolPoint(SpoolHandle sp, long long pos);
   virtual int spoolClose(SpoolHandle sp, int mode);
 
+  // --- progress -----------------------------------------------------------
+
+  // `seriesDone` series of the step are finished. A host may show a progress
+  // line for long runs; the default shows nothing.
+  virtual void progress(long long seriesDone);
+
   // --- the step -----------------------------------------------------------
 
   // The step ended with return code rc: outputs are renamed into place when
@@ -299,6 +305,8 @@ inline int hostSpoolRead(Host& h, SpoolHandle sp, void* data, std::size_t bytes)
 }
 inline int hostSpoolPoint(Host& h, SpoolHandle sp, long long pos) { return h.spoolPoint(sp, pos); }
 inline int hostSpoolClose(Host& h, SpoolHandle sp, int mode) { return h.spoolClose(sp, mode); }
+
+inline void hostProgress(Host& h, long long seriesDone) { h.progress(seriesDone); }
 
 // Ends the step with return code rc; doesn't return. Only valid inside hostRunStep.
 [[noreturn]] void hostExit(Host& h, int rc, int zero = 0);

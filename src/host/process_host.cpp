@@ -1,6 +1,7 @@
 #include "host/process_host.hpp"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -96,6 +97,7 @@ int ProcessHost::exitStatus(int worstRc) const noexcept {
 
 void ProcessHost::msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
   ++counts_[static_cast<int>(logSeverity(group, number))];
+  clearProgress();
   *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at)
                                                : logTextLine(group, number, args, at))
         << '\n';
@@ -579,7 +581,29 @@ int ProcessHost::spoolClose(SpoolHandle h, int) {
 
 // --- the end of a step ------------------------------------------------------
 
+void ProcessHost::clearProgress() {
+  if (!progressShown_) return;
+  *cfg_.progressStream << "\r\x1b[K" << std::flush;
+  progressShown_ = false;
+}
+
+void ProcessHost::progress(long long seriesDone) {
+  if (!cfg_.progressStream) return;
+  using Seconds = std::chrono::duration<double>;
+  const auto now = std::chrono::steady_clock::now();
+  const double running = Seconds(now - stepStart_).count();
+  if (running < cfg_.progressAfter) return;
+  if (progressShown_ && Seconds(now - progressShownAt_).count() < cfg_.progressEvery) return;
+  const double rate = running > 0 ? static_cast<double>(seriesDone) / running : 0.0;
+  char line[96];
+  std::snprintf(line, sizeof line, "\r%lld series done, %.0f series/s\x1b[K", seriesDone, rate);
+  *cfg_.progressStream << line << std::flush;
+  progressShown_ = true;
+  progressShownAt_ = now;
+}
+
 void ProcessHost::stepEnd(int rc) {
+  clearProgress();
   // Inputs first: an open reader's lock on a database would stand in the
   // way of an output committed to the same database.
   std::erase_if(ds_, [](const auto& e) { return e.second->mode == DsMode::Input; });
@@ -625,6 +649,7 @@ void ProcessHost::stepEnd(int rc) {
   pools_.releaseAll();
   lastFailure_ = 0;
   lastFailureDiag_ = DsDiag{};
+  stepStart_ = std::chrono::steady_clock::now();  // the next step's clock
 }
 
 }  // namespace qvt

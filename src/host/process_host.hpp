@@ -9,6 +9,7 @@
 // spools, open data sets, outputs waiting for the end of their step.
 #pragma once
 
+#include <chrono>
 #include <fstream>
 #include <iosfwd>
 #include <map>
@@ -49,6 +50,12 @@ struct HostConfig {
   long long failRowWriteAt = 0;
   // How long a SQLite library waits for another connection's lock, in ms.
   int sqliteBusyMs = 5000;
+  // Where the progress line goes (the command line gives standard error when
+  // it is a terminal); null: no progress line. It shows once a step has run
+  // progressAfter seconds, and changes at most every progressEvery seconds.
+  std::ostream* progressStream = nullptr;
+  double progressAfter = 2.0;
+  double progressEvery = 0.5;
   // Read buffer of CSV files in bytes; tests make it tiny.
   std::size_t csvBufferBytes = std::size_t{1} << 20;
 };
@@ -111,9 +118,14 @@ class ProcessHost : public Host {
   int spoolPoint(SpoolHandle sp, long long pos) override;
   int spoolClose(SpoolHandle sp, int mode) override;
 
+  void progress(long long seriesDone) override;
   void stepEnd(int rc) override;
 
  private:
+  // Clears a progress line that stands on the terminal, so that the next
+  // log line starts at the left margin.
+  void clearProgress();
+
   struct Library {
     std::string name;  // upper case
     std::string kind;  // "csv" or "sqlite"
@@ -176,6 +188,9 @@ class ProcessHost : public Host {
   long long spoolWrites_ = 0;
   long long rowWrites_ = 0;
   int lastFailure_ = 0;          // result code of the last failed spool or record call
+  std::chrono::steady_clock::time_point stepStart_ = std::chrono::steady_clock::now();
+  std::chrono::steady_clock::time_point progressShownAt_{};
+  bool progressShown_ = false;
   DsDiag lastFailureDiag_;       // and its explanation, for msgRaw
   std::optional<std::string> lastOutput_;
 };

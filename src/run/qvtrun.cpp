@@ -280,7 +280,10 @@ void qvtrun(QVTCOM* com) {
     zintscd(com->istmt.intv, com->out.id[0], com->istmt.scode53, com->out.nobs, com->trend.scodes,
             &com->trend.ns);
   }
-  for (int k = 0; k < com->nvars; ++k) runSeries(com, k, nseasons);
+  for (int k = 0; k < com->nvars; ++k) {
+    runSeries(com, k, nseasons);
+    hostProgress(*com->host, com->counts.series);
+  }
   com->error = 0;
 }
 

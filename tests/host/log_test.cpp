@@ -123,3 +123,38 @@ TEST(Log, MinimalHostSaysUnsupported) {
 
 }  // namespace
 }  // namespace qvt
+
+namespace qvt {
+namespace {
+
+// The progress line is rewritten in place, waits for a long run, and is
+// cleared before a log line so that the log starts at the margin.
+TEST(Log, ProgressLineWaitsAndClearsBeforeALogLine) {
+  std::ostringstream log, progress;
+  HostConfig cfg;
+  cfg.logStream = &log;
+  cfg.progressStream = &progress;
+  cfg.progressAfter = 1e9;  // a step that never runs long enough
+  {
+    ProcessHost h(cfg);
+    h.progress(3);
+    EXPECT_EQ(progress.str(), "");
+  }
+  cfg.progressAfter = 0;
+  cfg.progressEvery = 0;
+  ProcessHost h(cfg);
+  h.progress(7);
+  EXPECT_NE(progress.str().find("\r7 series done"), std::string::npos) << progress.str();
+  hostMsgLog(h, 900, 21, {std::string("X"), 1LL, 1LL});
+  EXPECT_TRUE(progress.str().ends_with("\r\x1b[K")) << "a log line follows a cleared line";
+  const std::size_t before = progress.str().size();
+  hostMsgLog(h, 900, 21, {std::string("X"), 1LL, 1LL});
+  EXPECT_EQ(progress.str().size(), before) << "nothing to clear the second time";
+  HostConfig none;
+  none.logStream = &log;
+  ProcessHost quiet(none);
+  quiet.progress(9);  // no stream: no line, and no crash
+}
+
+}  // namespace
+}  // namespace qvt
