@@ -219,7 +219,7 @@ struct QVTCOM {
   FORSTMT* fstmt = nullptr;  // nfor statements, in cpool
   int nfor = 0;
   double base = 0;           // IDM BASE=; missing for AUTO
-  // The intermittent model specification (IDMSPEC) and the handles of the
+  // The intermittent model record (IDMSPEC) and the handles of the
   // printing layer join this record with the intermittent models and the
   // printed tables.
 
