@@ -7,7 +7,7 @@ DEB_PACKAGES := g++ cmake make python3 googletest libgtest-dev libgmock-dev \
                 libbenchmark-dev libcli11-dev libfmt-dev nlohmann-json3-dev \
                 libsqlite3-dev
 
-.PHONY: all deps configure build run test bench clean
+.PHONY: all deps configure build run test bench coverage clean
 
 all: build
 
@@ -38,6 +38,13 @@ test: build
 bench: deps
 	$(MAKE) PRESET=release build
 	./bench/run-benchmarks.sh build/release
+
+# Line coverage of src/ by the whole suite, per folder; the lines themselves
+# go to build/coverage/coverage.json (see tools/coverage.py to compare two runs).
+coverage: deps
+	cmake --preset coverage
+	cmake --build build/coverage -j $(JOBS)
+	python3 tools/coverage.py run build/coverage build/coverage/coverage.json -- ctest --test-dir build/coverage -j $(JOBS)
 
 clean:
 	rm -rf build
