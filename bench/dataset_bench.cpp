@@ -1,10 +1,10 @@
-// Reading and writing 1 million records of 10 numbers through the SQLite
-// engine, beside the CSV engine on the same values; the data is made at run
-// time in a temporary folder that is removed afterwards. Counters: records/s
-// and cells/s by the wall clock (both engines wait for the disk). A SQLite
-// write includes its commit (the copy from the private stage into the
-// library in one transaction); a read includes the pass that finds the
-// columns' kinds, as a CSV read does.
+// Reading and writing 10 million numeric cells (1 million records of 10
+// numbers) through each data set engine on the same values, made at run time
+// in a temporary folder that is removed afterwards. Counters by the wall clock
+// (every engine waits for the disk): MB/s of the stored file, records/s and
+// cells/s. A SQLite write includes its commit (the copy from the private stage
+// into the library in one transaction); every read includes the pass that
+// finds the columns' kinds.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
@@ -23,7 +23,7 @@ constexpr std::size_t kCols = 10;
 class ScratchDir {
  public:
   ScratchDir() {
-    std::string t = (std::filesystem::temp_directory_path() / "qvt-sqlite-bench-XXXXXX").string();
+    std::string t = (std::filesystem::temp_directory_path() / "qvt-dataset-bench-XXXXXX").string();
     if (::mkdtemp(t.data())) path_ = t;
   }
   ~ScratchDir() {
@@ -41,47 +41,55 @@ std::string where(const qvt::DsEngine& eng, const std::string& dir) {
   return dynamic_cast<const qvt::SqliteEngine*>(&eng) ? dir + "/bench.db" : dir;
 }
 
-// Writes the table; true on success.
-bool writeTable(qvt::DsEngine& eng, const std::string& dir) {
+// Writes the table; the size of the stored file in bytes, or 0 on failure.
+std::uintmax_t writeTable(qvt::DsEngine& eng, const std::string& dir) {
   const qvt::DsLocation loc = eng.locate("B", where(eng, dir), "numbers");
   qvt::DsDiag d;
   auto w = eng.openWrite(loc, d);
-  if (!w) return false;
+  if (!w) return 0;
   std::vector<qvt::VarInfo> vars;
   for (std::size_t c = 0; c < kCols; ++c)
     vars.push_back(qvt::VarInfo{"x" + std::to_string(c), "", qvt::VarType::Numeric, 8, ""});
-  if (w->begin(vars, d) != 0) return false;
+  if (w->begin(vars, d) != 0) return 0;
   std::mt19937_64 rng(20240331);
   std::normal_distribution<double> z(100.0, 15.0);
   qvt::DsRow row;
   row.resize(kCols);
   for (std::size_t r = 0; r < kRows; ++r) {
     for (std::size_t c = 0; c < kCols; ++c) row.num[c] = z(rng);
-    if (w->append(row, d) != 0) return false;
+    if (w->append(row, d) != 0) return 0;
   }
-  return w->commit("", d) == 0;
+  if (w->commit("", d) != 0) return 0;
+  return std::filesystem::file_size(loc.path);
 }
 
-void counters(benchmark::State& state) {
-  state.counters["records/s"] = benchmark::Counter(static_cast<double>(kRows), benchmark::Counter::kIsIterationInvariantRate);
-  state.counters["cells/s"] = benchmark::Counter(static_cast<double>(kRows * kCols),
-                                                 benchmark::Counter::kIsIterationInvariantRate);
+void counters(benchmark::State& state, std::uintmax_t bytes) {
+  const auto rate = [](double per_iteration) {
+    return benchmark::Counter(per_iteration, benchmark::Counter::kIsIterationInvariantRate);
+  };
+  state.counters["MB/s"] = rate(static_cast<double>(bytes) / 1e6);
+  state.counters["records/s"] = rate(static_cast<double>(kRows));
+  state.counters["cells/s"] = rate(static_cast<double>(kRows * kCols));
 }
 
 template <class Engine>
 void BM_Write(benchmark::State& state) {
   ScratchDir dir;
   Engine eng;
-  for (auto _ : state)
-    if (!writeTable(eng, dir.path())) state.SkipWithError("writing failed");
-  counters(state);
+  std::uintmax_t bytes = 0;
+  for (auto _ : state) {
+    bytes = writeTable(eng, dir.path());
+    if (bytes == 0) state.SkipWithError("writing failed");
+  }
+  counters(state, bytes);
 }
 
 template <class Engine>
 void BM_Read(benchmark::State& state) {
   ScratchDir dir;
   Engine eng;
-  if (!writeTable(eng, dir.path())) {
+  const std::uintmax_t bytes = writeTable(eng, dir.path());
+  if (bytes == 0) {
     state.SkipWithError("writing the input failed");
     return;
   }
@@ -99,13 +107,13 @@ void BM_Read(benchmark::State& state) {
     while (rd->next(row, d) == 1) sum += row.num[0];
   }
   benchmark::DoNotOptimize(sum);
-  counters(state);
+  counters(state, bytes);
 }
 
 }  // namespace
 
-BENCHMARK(BM_Write<qvt::SqliteEngine>)->Name("SqliteWrite")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 BENCHMARK(BM_Write<qvt::CsvEngine>)->Name("CsvWrite")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
-BENCHMARK(BM_Read<qvt::SqliteEngine>)->Name("SqliteRead")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 BENCHMARK(BM_Read<qvt::CsvEngine>)->Name("CsvRead")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_Write<qvt::SqliteEngine>)->Name("SqliteWrite")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_Read<qvt::SqliteEngine>)->Name("SqliteRead")->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 BENCHMARK_MAIN();
