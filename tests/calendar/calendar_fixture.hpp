@@ -1,13 +1,17 @@
-// What every calendar test uses: the interval and date routines, the date
-// oracle, an interval read from its text (a text the test relies on must
-// parse), and a date value from year, month and day.
+// What every calendar test uses: the calendar routines, an interval read from
+// its text (a text the test relies on must parse), a date from year, month
+// and day, the two tables of independently worked values kept next to the
+// tests, and a Host that keeps the messages it is given.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,18 +19,139 @@
 #include "calendar/zfmt.hpp"
 #include "calendar/zidate.hpp"
 #include "calendar/zintcycle.hpp"
-#include "date_oracle.hpp"
+#include "calendar/zintti.hpp"
+#include "host/catalog.hpp"
+#include "host/host.hpp"
 #include "host/hostdate.hpp"
 #include "run/missing.hpp"
 
 namespace qvt::testing {
+
+inline constexpr double kDay = 86400.0;
 
 inline INTERVAL iv(const char* text) {
   INTERVAL i;
   EXPECT_EQ(zintstr(text, -1, &i), 0) << text;
   return i;
 }
+inline INTERVAL iv(const std::string& text) { return iv(text.c_str()); }
+inline INTERVALX ivx(const std::string& text) { return zintwiden(iv(text)); }
 
 inline double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
+inline int weekday0(double d) { return static_cast<int>(hostWeekday(d)) - 1; }  // 0 Sunday
+
+// The canonical text of an interval, and the token it carries.
+inline std::string name(const INTERVAL& i) {
+  char buf[64];
+  int len = sizeof buf;
+  if (zinti2s(buf, &len, &i) != 0) return "<bad>";
+  return std::string(buf, static_cast<std::size_t>(len));
+}
+inline std::string tokenOf(const INTERVAL& i) {
+  return std::string(i.token, static_cast<std::size_t>(std::max<short>(i.tokenlen, 0)));
+}
+
+// A custom interval whose calendar is not registered.
+inline INTERVAL customInterval() {
+  INTERVAL c{};
+  c.units = 'd';
+  c.intcode = static_cast<char>(kIntCustom);
+  c.intper = 1;
+  std::memcpy(c.token, "FISCAL", 6);
+  c.tokenlen = 6;
+  return c;
+}
+
+// date_oracle.csv: dates with the calendar facts Python's datetime gives
+// (gen_date_oracle.py writes it; its docstring names the columns).
+struct OracleRow {
+  double day;
+  int y, m, d, wday, yday, isoy, isow, isod, wu, ww, k;
+  double mstart, msame;
+};
+
+inline const std::vector<OracleRow>& dateOracle() {
+  static const std::vector<OracleRow> rows = [] {
+    std::vector<OracleRow> out;
+    std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/date_oracle.csv");
+    std::string line;
+    std::getline(in, line);  // header
+    while (std::getline(in, line)) {
+      std::replace(line.begin(), line.end(), ',', ' ');
+      std::istringstream s(line);
+      OracleRow r{};
+      s >> r.day >> r.y >> r.m >> r.d >> r.wday >> r.yday >> r.isoy >> r.isow >> r.isod >> r.wu >>
+          r.ww >> r.k >> r.mstart >> r.msame;
+      if (s) out.push_back(r);
+    }
+    return out;
+  }();
+  return rows;
+}
+
+// hand_cases.csv: values worked by hand from a calendar, one case a line,
+// "operation,field,...". A field is read as a date when it looks like
+// 2000-01-31 (a date value), 2000-01-31T13:05:00 (a datetime value), as the
+// missing value when it is "." (".A" and so on for the special ones), else
+// as a number.
+struct Case {
+  std::vector<std::string> f;
+  int line = 0;
+
+  const std::string& s(std::size_t k) const { return f.at(k); }
+  int i(std::size_t k) const { return std::stoi(f.at(k)); }
+  double x(std::size_t k) const {
+    const std::string& t = f.at(k);
+    if (t == ".") return kMissing;
+    if (t.size() == 2 && t[0] == '.') return skMissVal(t[1]);
+    if (t.size() >= 10 && t[4] == '-' && t[7] == '-') {
+      const double day =
+          ymd(std::stoi(t.substr(0, 4)), std::stoi(t.substr(5, 2)), std::stoi(t.substr(8, 2)));
+      if (t.size() == 10) return day;
+      return day * kDay + std::stoi(t.substr(11, 2)) * 3600.0 + std::stoi(t.substr(14, 2)) * 60.0 +
+             std::stoi(t.substr(17, 2));
+    }
+    return std::stod(t);
+  }
+  // Two values agree when both are missing or both are the same number.
+  bool same(double got, std::size_t k) const {
+    const double want = x(k);
+    return wzmis(want) ? wzmis(got) != 0 : got == want;
+  }
+  std::string where() const { return "hand_cases.csv line " + std::to_string(line); }
+};
+
+inline std::vector<Case> handCases(const std::string& op) {
+  std::vector<Case> out;
+  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/hand_cases.csv");
+  std::string line;
+  for (int n = 1; std::getline(in, line); ++n) {
+    if (line.empty() || line[0] == '#') continue;
+    Case c;
+    c.line = n;
+    std::size_t b = 0;
+    for (std::size_t e; (e = line.find(',', b)) != std::string::npos; b = e + 1)
+      c.f.push_back(line.substr(b, e - b));
+    c.f.push_back(line.substr(b));
+    if (c.f[0] == op) out.push_back(c);
+  }
+  EXPECT_FALSE(out.empty()) << "no cases for " << op;
+  return out;
+}
+
+// A Host that keeps the messages it is given.
+class RecordingHost : public Host {
+ public:
+  struct Logged {
+    int group;
+    int number;
+    std::vector<MsgArg> args;
+  };
+  std::vector<Logged> msgs;
+
+  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos*) override {
+    msgs.push_back(Logged{group, number, std::vector<MsgArg>(args.begin(), args.end())});
+  }
+};
 
 }  // namespace qvt::testing

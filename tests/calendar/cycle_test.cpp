@@ -1,0 +1,444 @@
+// Seasonal cycles: the cycle of an interval, counts, multiples, season codes
+// and steps in phase with a cycle. Expected codes come from an independent
+// reading of the calendar: weekdays and months from the Gregorian
+// primitives, week years from the Sunday (or Monday) on or before January 4.
+
+#include <functional>
+
+#include "calendar_fixture.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::iv;
+using testing::ivx;
+using testing::name;
+using testing::weekday0;
+using testing::ymd;
+
+int yearOf(double d) { return static_cast<int>(hostYear(d)); }
+
+// Start of the first week of year y: the weekday `first` (0 Sunday, 1
+// Monday) on or before January 4.
+double firstWeek(int y, int first) {
+  const double jan4 = ymd(y, 1, 4);
+  return jan4 - ((weekday0(jan4) - first + 7) % 7);
+}
+// The week year of a date, and the place (from 0) of the week starting on d.
+int weekYear(double d, int first) {
+  const int y = yearOf(d);
+  return d < firstWeek(y, first) ? y - 1 : d >= firstWeek(y + 1, first) ? y + 1 : y;
+}
+int weekPos(double d, int first) { return static_cast<int>((d - firstWeek(weekYear(d, first), first)) / 7); }
+
+// Season codes of n intervals; one guard cell past the end must stay.
+std::vector<int> codes(const INTERVAL& i, double start, int scode, long n, int* ns, int* rc) {
+  std::vector<int> v(static_cast<std::size_t>(n) + 1, -99);
+  *rc = zintscd(i, start, scode, n, v.data(), ns);
+  EXPECT_EQ(v.back(), -99) << "wrote past n";
+  v.pop_back();
+  return v;
+}
+
+// The codes against a slow formula of the step t.
+void expectCodes(const char* text, double start, int scode, int ns, int n, const std::function<int(int)>& want) {
+  int rc = 0;
+  const auto v = codes(iv(text), start, scode, n, &ns, &rc);
+  ASSERT_EQ(rc, 0) << text;
+  for (int t = 0; t < n; ++t) EXPECT_EQ(v[static_cast<std::size_t>(t)], want(t)) << text << " t=" << t;
+}
+
+TEST(Cycle, HandWorkedTables) {
+  for (const auto& c : testing::handCases("sea")) {
+    const INTERVAL i = iv(c.s(1));
+    INTERVAL s;
+    s.intcode = 99;  // must be cleared
+    int ns = -7;
+    EXPECT_EQ(zintsea(&i, c.x(2), &s, &ns), c.i(3)) << c.where();
+    EXPECT_EQ(ns, c.i(5)) << c.where();
+    EXPECT_EQ(c.i(3) == 0 ? name(s) + s.units : std::to_string(s.intcode), c.i(3) == 0 ? c.s(4) + i.units : "0")
+        << c.where();
+  }
+  for (const auto& c : testing::handCases("sea2")) {
+    const INTERVAL i = iv(c.s(1));
+    INTERVAL s;
+    int ns = c.i(2);
+    EXPECT_EQ(zintsea2(&i, 0, &s, &ns), c.i(3)) << c.where();
+    EXPECT_EQ(ns, c.i(5)) << c.where();
+    if (c.i(3) == 0) EXPECT_EQ(name(s), c.s(4)) << c.where();
+  }
+  for (const auto& c : testing::handCases("calc")) {
+    const INTERVALX i = ivx(c.s(1)), s = ivx(c.s(2));
+    int ns = -1;
+    EXPECT_EQ(zintsea_calc_nseasons(&i, c.x(3), &s, &ns), c.i(4)) << c.where();
+    EXPECT_EQ(ns, c.i(5)) << c.where();
+  }
+  for (const auto& c : testing::handCases("mult")) {
+    const INTERVALX i = ivx(c.s(1));
+    INTERVALX out;
+    EXPECT_EQ(zintmult(&i, c.i(2), &out, c.i(3)), 0) << c.where();
+    EXPECT_EQ(name(out) + "|" + testing::tokenOf(out), c.s(4) + "|" + c.s(4)) << c.where();
+    const INTERVAL back = iv(testing::tokenOf(out));  // the result parses back to itself
+    EXPECT_EQ(name(back) + back.units, name(out) + out.units) << c.where();
+  }
+  for (const auto& c : testing::handCases("rsimp")) {
+    INTERVALX i = ivx(c.s(1));
+    EXPECT_EQ(zintrsimp(&i), c.i(2)) << c.where();
+    EXPECT_EQ(name(i), c.s(3)) << c.where();
+    EXPECT_EQ(testing::tokenOf(i), c.i(4) ? c.s(3) : c.s(1)) << c.where();
+  }
+  for (const auto& c : testing::handCases("scd")) {
+    std::vector<int> want;
+    std::istringstream in(c.s(7));
+    for (int k; in >> k;) want.push_back(k);
+    int ns = c.i(4), rc = -7;
+    EXPECT_EQ(codes(iv(c.s(1)), c.x(2), c.i(3), static_cast<long>(want.size()), &ns, &rc), want) << c.where();
+    EXPECT_EQ(rc, c.i(5)) << c.where();
+    if (!c.s(6).empty()) EXPECT_EQ(ns, c.i(6)) << c.where();
+  }
+  for (const char* op : {"nxseas", "ckseas"}) {
+    for (const auto& c : testing::handCases(op)) {
+      INTERVALX x = ivx(c.s(1));
+      x.nseasons = c.i(2);
+      const std::string a = c.s(3);
+      INTERVALX align = ivx(a == "-" ? "DAY" : a.substr(0, a.find(':')));
+      if (a.find(':') != std::string::npos) align.nseasons = std::stoi(a.substr(a.find(':') + 1));
+      const INTERVALX* ap = a == "-" ? nullptr : &align;
+      const double got = op[0] == 'n' ? zintnx_seas(&x, c.x(4), c.x(5), ap) : zintck_seas(&x, c.x(4), c.x(5), ap);
+      EXPECT_TRUE(c.same(got, 6)) << c.where() << " got " << got;
+    }
+  }
+}
+
+TEST(Cycle, BadArgumentsAndCustomIntervals) {
+  const INTERVAL m = iv("MONTH");
+  INTERVAL s;
+  int ns = 5;
+  EXPECT_EQ(zintsea(nullptr, 0, &s, &ns), 2);
+  EXPECT_EQ(ns, 0);
+  EXPECT_EQ(zintsea(&m, 0, nullptr, &ns), 2);
+  EXPECT_EQ(zintsea(&m, 0, &s, nullptr), 2);
+  INTERVAL reserved = m;
+  reserved.intcode = 28;
+  EXPECT_EQ(zintsea(&reserved, 0, &s, &ns), 1);
+  const INTERVALX mx = ivx("MONTH");
+  EXPECT_EQ(zintsea_calc_nseasons(&mx, 0, nullptr, &ns), 2);
+  EXPECT_EQ(zintsea_calc_nseasons(nullptr, 0, &mx, &ns), 2);
+  INTERVALX out;
+  EXPECT_EQ(zintmult(nullptr, 2, &out, 0), 2);
+  EXPECT_EQ(zintmult(&mx, 2, nullptr, 0), 2);
+  EXPECT_EQ(zintmult(&mx, 0, &out, 0), 2);
+  EXPECT_EQ(zintmult(&mx, -3, &out, 0), 2);
+  const INTERVALX big = ivx("MONTH2000000000");
+  EXPECT_EQ(zintmult(&big, 2, &out, 0), 2);
+  EXPECT_EQ(zintrsimp(nullptr), 2);
+  int buf[3];
+  EXPECT_EQ(zintscd(m, 0, 0, 3, nullptr, &ns), -1);
+  EXPECT_EQ(zintscd(m, 0, 0, 3, buf, nullptr), -1);
+  EXPECT_EQ(zintscd(m, 0, 0, -1, buf, &ns), -1);
+  EXPECT_EQ(zintscd2(nullptr, 0, 0, 3, buf, &ns), -1);
+  EXPECT_TRUE(wzmis(zintnx_seas(nullptr, 0, 1, nullptr)));
+  EXPECT_TRUE(wzmis(zintck_seas(nullptr, 0, 1, nullptr)));
+  // A custom interval without its calendar has no cycle; with a count, a
+  // season index that can't be read counts as the first.
+  const INTERVAL c = testing::customInterval();
+  EXPECT_EQ(zintsea(&c, 0, &s, &ns), 1);
+  EXPECT_EQ(ns, 0);
+  int rc = 0;
+  ns = -1;
+  EXPECT_EQ(codes(c, 0, 0, 3, &ns, &rc), (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(rc, 1);
+  ns = 3;
+  EXPECT_EQ(codes(c, 0, 0, 4, &ns, &rc), (std::vector<int>{0, 1, 2, 0}));
+  EXPECT_EQ(rc, 0);
+}
+
+TEST(CycleCodes, AgainstSlowFormulas) {
+  const double fri = ymd(2005, 7, 15), day = ymd(2005, 7, 14) * 86400.0;
+  expectCodes("DAY", fri, 0, 7, 20, [&](int t) { return weekday0(fri + t); });
+  expectCodes("DTDAY", fri * 86400.0 + 3600, 0, 7, 20, [&](int t) { return weekday0(fri + t); });
+  // Time of day: {interval, start, seasons, seconds a step and a code, of the cycle}.
+  const struct {
+    const char* text;
+    double start;
+    int ns;
+    double step, period;
+  } times[] = {{"HOUR2", day + 5 * 3600.0, 12, 7200, 86400},
+               {"DTHOUR", day + 23 * 3600.0, 24, 3600, 86400},
+               {"MINUTE", day + 10 * 3600.0 + 37 * 60, 60, 60, 3600},
+               {"SECOND15", day + 50, 4, 15, 60}};
+  for (const auto& c : times)
+    expectCodes(c.text, c.start, 0, c.ns, 30, [&](int t) {
+      const double x = std::floor(c.start / c.step) * c.step + t * c.step;
+      return static_cast<int>((x - std::floor(x / c.period) * c.period) / c.step);
+    });
+  // Working days of the week in Sunday-first order are codes 0, 1, ...
+  const std::pair<const char*, double> working[] = {{"WEEKDAY", ymd(2001, 1, 4)},
+                                                    {"WEEKDAY1W", ymd(2001, 1, 6)},
+                                                    {"WEEKDAY67W", ymd(2001, 1, 7)}};
+  for (const auto& [text, start] : working) {
+    const INTERVAL i = iv(text);
+    std::vector<int> want;
+    for (double d = start; want.size() < 15; ++d) {
+      if (i.weekend[weekday0(d)]) continue;
+      int k = 0;
+      for (int w = 0; w < weekday0(d); ++w) k += i.weekend[w] ? 0 : 1;
+      want.push_back(k);
+    }
+    expectCodes(text, start, 0, i.nweekday, 15, [&](int t) { return want[static_cast<std::size_t>(t)]; });
+  }
+  // Ten-day periods, walking the starts 1, 11, 21 of each month.
+  std::vector<int> tendays;
+  for (double d = ymd(2005, 2, 21); tendays.size() < 40; d = zintnx2(iv("DAY"), d, 1)) {
+    int m = 0, dd = 0, y = 0;
+    hostDateToMdy(d, &m, &dd, &y);
+    if (dd == 1 || dd == 11 || dd == 21) tendays.push_back(3 * (m - 1) + (dd > 10) + (dd > 20));
+  }
+  expectCodes("TENDAY", ymd(2005, 2, 21), 0, 36, 40, [&](int t) { return tendays[static_cast<std::size_t>(t)]; });
+}
+
+TEST(CycleCodes, WeeksInTheYearOfJanuary4) {
+  // 2003 has 53 Sunday-based weeks (its last from 2003-12-28); ISO 2009 has
+  // a week 53 from 2009-12-28. The extra week takes scode, unless scode is
+  // past the count; with 53 seasons it is season 52.
+  const struct {
+    const char* text;
+    double start;
+    int ns, scode, first;
+  } cases[] = {{"WEEK", ymd(2003, 10, 5), 52, 0, 0},   {"WEEK", ymd(2003, 10, 5), 52, 60, 0},
+               {"WEEK", ymd(2003, 12, 28), 52, 7, 0},  {"WEEK", ymd(1997, 6, 1), 52, 0, 0},
+               {"WEEK", ymd(2003, 10, 5), 53, 0, 0},   {"WEEKV", ymd(2009, 10, 5), 52, 0, 1},
+               {"WEEKV", ymd(2009, 12, 28), 52, 5, 1}, {"WEEKV", ymd(2015, 11, 2), 52, 0, 1}};
+  for (const auto& c : cases) {
+    expectCodes(c.text, c.start, c.scode, c.ns, 110, [&](int t) {
+      const int pos = weekPos(c.start + 7 * t, c.first);
+      return pos == 52 && c.ns == 52 ? (c.scode > c.ns ? 0 : c.scode) : pos % c.ns;
+    });
+  }
+  expectCodes("DTWEEK", ymd(2003, 10, 5) * 86400.0, 0, 52, 110, [](int t) {
+    const int pos = weekPos(ymd(2003, 10, 5) + 7 * t, 0);
+    return pos == 52 ? 0 : pos;
+  });
+  // WEEK2 boundaries fall every 14 days from Sunday 1959-12-27 (day -5); the
+  // year's first interval holds January 4.
+  const double start = ymd(2003, 10, 5);
+  const auto start2 = [](double x) { return x - std::fmod(std::fmod(x + 5, 14.0) + 14.0, 14.0); };
+  expectCodes("WEEK2", start, 0, 26, 40, [&](int t) {
+    const double d = start + 14 * t;
+    double y0 = start2(ymd(yearOf(d), 1, 4));
+    const double y1 = start2(ymd(yearOf(d) + 1, 1, 4));
+    if (d >= y1) y0 = y1;
+    const int pos = static_cast<int>((d - y0) / 14);
+    return pos == 26 ? 0 : pos % 26;
+  });
+  // A shift of 83 on a 13-week grid: plain weeks from the week of January 4,
+  // divided by 13; the long year's 53rd week (quotient 4) takes scode.
+  const INTERVAL w13 = iv("WEEK13.84");
+  expectCodes("WEEK13.84", ymd(2003, 6, 1), 3, 4, 12, [&](int t) {
+    const double d = zintnx2(w13, ymd(2003, 6, 1), t);
+    return std::min(weekPos(d - weekday0(d), 0) / 13, 3);
+  });
+  // Strict cycles: scode -1 runs on by one from the first Sunday on or after
+  // January 1; scode -2 counts 52 weeks from day -5, drifting against the year.
+  const double jan1 = ymd(2003, 1, 1), f = jan1 + (7 - weekday0(jan1)) % 7;
+  expectCodes("WEEK", start, -1, 52, 70, [&](int t) { return (static_cast<int>((start - f) / 7) + t) % 52; });
+  expectCodes("WEEK", start, -2, 52, 60, [&](int t) { return static_cast<int>((start + 5) / 7 + t) % 52; });
+}
+
+TEST(CycleCodes, RecordWithOrWithoutItsCycle) {
+  const double start = ymd(2001, 3, 1);
+  int ref[8], got[8];
+  int ns = 12;
+  ASSERT_EQ(zintscd(iv("MONTH"), start, 0, 8, ref, &ns), 0);
+  INTERVALX year = ivx("YEAR"), m = ivx("MONTH"), bare = ivx("MONTH"), m4 = ivx("MONTH");
+  m.sinterval = &year;
+  m.nseasons = 12;
+  for (INTERVALX* x : {&m, &bare}) {
+    ns = 12;
+    ASSERT_EQ(zintscd2(x, start, 0, 8, got, &ns), 0);
+    EXPECT_EQ(std::vector<int>(got, got + 8), std::vector<int>(ref, ref + 8));
+  }
+  // scode -2 keeps the count in the record; four months from January 1960
+  // make the cycle, so the codes are the month of the year modulo 4.
+  ns = 4;
+  ASSERT_EQ(zintscd2(&m4, start, -2, 8, got, &ns), 0);
+  EXPECT_EQ(m4.nseasons, 4);
+  for (int t = 0; t < 8; ++t) EXPECT_EQ(got[t], (2 + t) % 4) << t;
+}
+
+TEST(CycleCodes, DummyRows) {
+  std::vector<double> row(53, -1.0);
+  // A week inside the year: one element set, nothing past nseasons - 1.
+  zintscy(iv("WEEK"), 5, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
+  for (int k = 0; k < 52; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], k == 5 ? 1.0 : k == 51 ? -1.0 : 0.0);
+  // The last season is the reference: nothing set.
+  zintscy(iv("WEEK"), 51, ymd(2003, 2, 2), 52, 0, row.data(), nullptr);
+  EXPECT_EQ(std::count(row.begin(), row.begin() + 51, 0.0), 51);
+  // Without intercept the last season has its own column.
+  std::fill(row.begin(), row.end(), -1.0);
+  zintscy(iv("MONTH"), 11, ymd(2003, 12, 1), 12, 1, row.data(), nullptr);
+  for (int k = 0; k < 13; ++k) EXPECT_EQ(row[static_cast<std::size_t>(k)], k == 11 ? 1.0 : k == 12 ? -1.0 : 0.0);
+  // The long week of 2003 runs from Sunday 2003-12-28 to 2004-01-03; the
+  // next Sunday is 2004-01-04, so 3 of its 7 days lie in 2004.
+  double partial = kMissing;
+  zintscy(iv("WEEK"), 52, ymd(2003, 12, 28), 52, 1, row.data(), &partial);
+  EXPECT_DOUBLE_EQ(partial, 3.0 / 7.0);
+  EXPECT_DOUBLE_EQ(row[0], 3.0 / 7.0);
+  EXPECT_DOUBLE_EQ(row[51], 4.0 / 7.0);
+  EXPECT_EQ(std::count(row.begin() + 1, row.begin() + 51, 0.0), 50);
+  double given = 0.25;  // a given part is used as it is
+  zintscy(iv("WEEK"), 52, ymd(2003, 12, 28), 52, 0, row.data(), &given);
+  EXPECT_DOUBLE_EQ(row[0], 0.25);
+  zintscy(iv("WEEK"), 0, 0, 1, 0, row.data(), nullptr);  // degenerate sizes write nothing
+  zintscy(iv("WEEK"), 0, 0, 0, 0, nullptr, nullptr);
+}
+
+TEST(CycleCounts, WorkingDaysInYearsAndSemimonths) {
+  // The year of a weekday grid starts on its first working day on or after
+  // January 1; the count is the working days up to the next such start.
+  const INTERVALX year = ivx("YEAR"), semi = ivx("SEMIMONTH");
+  for (const char* text : {"WEEKDAY", "WEEKDAY1W", "WEEKDAY67W"}) {
+    const INTERVALX i = ivx(text);
+    const auto slow = [&](double a, double b) {
+      while (i.weekend[weekday0(a)]) ++a;
+      while (i.weekend[weekday0(b)]) ++b;
+      int n = 0;
+      for (double d = a; d < b; ++d) n += i.weekend[weekday0(d)] ? 0 : 1;
+      return n;
+    };
+    for (int y : {1999, 2000, 2004, 2012, 2016, 2021}) {
+      int ns = 0;
+      ASSERT_EQ(zintsea_calc_nseasons(&i, ymd(y, 6, 30), &year, &ns), 0) << text << y;
+      EXPECT_EQ(ns, slow(ymd(y, 1, 1), ymd(y + 1, 1, 1))) << text << y;
+      ASSERT_EQ(zintsea_calc_nseasons(&i, ymd(y, 3, 20), &semi, &ns), 0) << text << y;
+      EXPECT_EQ(ns, slow(ymd(y, 3, 16), ymd(y, 4, 1))) << text << y;
+    }
+  }
+}
+
+TEST(CycleSet, CycleOfAMultipleAndFromWhatTheCallerGives) {
+  INTERVALX year = ivx("YEAR"), month = ivx("MONTH");
+  month.sinterval = &year;
+  month.nseasons = 12;
+  // Derived from the new record, copied with the count divided, or copied
+  // with the cycle's multiplier scaled: {flags, cycle, count}.
+  const std::tuple<int, const char*, int> mults[] = {
+      {kMultCycleDerive, "YEAR", 4}, {0, "YEAR", 4}, {kMultCycleScale, "YEAR3.", 12}};
+  for (const auto& [flags, cycle, count] : mults) {
+    INTERVALX place, out;
+    out.sinterval = &place;
+    ASSERT_EQ(zintmult(&month, 3, &out, flags), 0);
+    EXPECT_EQ(name(out) + " " + name(place), std::string("MONTH3. ") + cycle);
+    EXPECT_EQ(out.nseasons, count);
+  }
+  INTERVALX self = ivx("WEEK");  // a result and its source may be one record
+  ASSERT_EQ(zintmult(&self, 52, &self, 0), 0);
+  EXPECT_EQ(name(self), "YEAR");
+  // zintsea_set: {interval, cycle given ("" none), count given, rc, cycle, count}.
+  const double mid = ymd(2005, 7, 14);
+  const std::tuple<const char*, const char*, int, int, const char*, int> sets[] = {
+      {"WEEK", "", 0, 0, "YEAR", 52},      {"MONTH", "year", 0, 0, "YEAR", 12}, {"MONTH", "QTR", 3, 0, "QTR", 3},
+      {"MONTH", "QTR", 5, 2, "QTR", 5},    {"MONTH5", "YEAR", 0, 1, "YEAR", 0}, {"OBS", "OBS4", 0, 0, "OBS4.", 4},
+      {"OBS", "OBS4", 3, 2, "OBS4.", 3},   {"QTR", "", 1, 0, "QTR", 1},         {"NONE", "", 9, 0, "NONE", 0}};
+  for (const auto& [text, given, nsIn, rc, cycle, nsOut] : sets) {
+    INTERVALX x = ivx(text);
+    INTERVALX s = *given ? ivx(given) : INTERVALX{};
+    int ns = nsIn;
+    EXPECT_EQ(zintsea_set(&x, mid, &s, &ns), rc) << text << " " << given << " " << nsIn;
+    if (rc != 0) continue;
+    EXPECT_EQ(testing::tokenOf(s) + " " + std::to_string(ns), std::string(cycle) + " " + std::to_string(nsOut))
+        << text << " " << given;
+    EXPECT_EQ(x.nseasons, nsOut) << text;
+  }
+  INTERVALX place, d = ivx("DAY");  // the record's own cycle place is filled too
+  d.sinterval = &place;
+  EXPECT_EQ(zintsea_set(&d, mid, nullptr, nullptr), 0);
+  EXPECT_EQ(name(place) + std::to_string(d.nseasons), "WEEK1.7");
+  EXPECT_EQ(zintsea_set(nullptr, 0, &place, nullptr), 2);
+}
+
+TEST(CycleSteps, SundayYearsAgainstJanuary4) {
+  for (double d = ymd(1995, 1, 1); d < ymd(2013, 1, 1); d += 3) {
+    int year = 0;
+    double ds1 = 0;
+    const double ds0 = zintyrse(d, &year, &ds1);
+    const int y = weekYear(d, 0);
+    ASSERT_EQ(year, y) << d;
+    EXPECT_EQ(ds0, firstWeek(y, 0)) << d;
+    EXPECT_EQ(ds1, firstWeek(y + 1, 0)) << d;
+  }
+  int year = 0;
+  EXPECT_EQ(zintyrse(ymd(2002, 12, 29), &year, nullptr), ymd(2002, 12, 29));
+  EXPECT_EQ(year, 2003);
+  EXPECT_TRUE(wzmis(zintyrse(kMissing, &year, nullptr)));
+  // Inside a year a folded week step is a plain week step.
+  const INTERVALX w = ivx("WEEK"), yr = ivx("YEAR");
+  INTERVALX w53 = ivx("WEEK");
+  w53.nseasons = 53;
+  for (double d = firstWeek(2005, 0) + 7; d < firstWeek(2005, 0) + 45 * 7; d += 7) {
+    for (int n : {0, 1, 5}) {
+      EXPECT_EQ(zintnx_seas(&w, d, n, nullptr), d + 7 * n) << d << " " << n;
+      EXPECT_EQ(zintck_seas(&w, d, d + 7 * n, nullptr), n) << d << " " << n;
+    }
+  }
+  // Years on weeks: the Sunday year of the date, moved to the next one from
+  // its 52nd week on; it starts a week early after a long year.
+  const auto longYear = [](int y) { return firstWeek(y + 1, 0) - firstWeek(y, 0) == 371; };
+  for (double d = ymd(1996, 1, 1); d < ymd(2011, 1, 1); d += 5) {
+    int y = weekYear(d, 0);
+    if (d >= firstWeek(y, 0) + 51 * 7) ++y;
+    ASSERT_EQ(zintnx_seas(&yr, d, 0, &w), firstWeek(y, 0) - (longYear(y - 1) ? 7 : 0)) << d;
+    EXPECT_EQ(zintnx_seas(&yr, d, 0, &w53), firstWeek(weekYear(d, 0), 0)) << d;
+    for (int k : {-2, 1, 3}) EXPECT_EQ(zintck_seas(&yr, d, zintnx_seas(&yr, d, k, &w), &w), k) << d << " " << k;
+  }
+}
+
+// Every family at the calendar's edges and at values that aren't dates:
+// codes stay in 0 .. ns - 1 (or are scode), steps are missing or inside the
+// calendar, and nothing reads or writes out of bounds.
+TEST(CycleRobust, EdgesAndNonDates) {
+  const char* intervals[] = {"SECOND", "MINUTE5", "HOUR", "DTHOUR3", "DAY", "DTDAY", "WEEKDAY",
+                             "WEEKDAY1W3", "WEEK", "WEEK2", "DTWEEK", "WEEKV", "WEEK13.84",
+                             "TENDAY", "SEMIMONTH", "MONTH", "MONTH5", "DTMONTH", "R445MON",
+                             "R454QTR", "R544YR", "QTR", "SEMIYEAR", "YEAR", "YEAR3.4", "YEARV",
+                             "OBS", "OBS3"};
+  const double inf = std::numeric_limits<double>::infinity();
+  const double values[] = {kFirstDate, kLastDate, kLastDate - 3, 0, -1, kFirstDate * 86400.0,
+                           kLastDate * 86400.0, 1e300, -1e300, inf, -inf,
+                           std::numeric_limits<double>::quiet_NaN(), kMissing, skMissVal('M')};
+  for (const char* text : intervals) {
+    const INTERVAL i = iv(text);
+    const INTERVALX x = zintwiden(i);
+    for (double v : values) {
+      SCOPED_TRACE(::testing::Message() << text << " at " << v);
+      INTERVAL s;
+      int ns = 0;
+      EXPECT_LE(zintsea(&i, v, &s, &ns), 1);
+      for (int scode : {0, -1, 5}) {
+        int want = 4, rc = 0;
+        const auto cs = codes(i, v, scode, 5, &want, &rc);
+        EXPECT_TRUE(rc == 0 || rc == 1 || rc == -1);
+        for (int c : cs) EXPECT_TRUE((c >= 0 && c < want) || c == scode) << c;
+      }
+      for (double n : {0.0, 1.0, -1.0, 1e12}) {
+        const double r = zintnx_seas(&x, v, n, nullptr);
+        // Day-based grids keep to the calendar; time grids step freely.
+        if (!wzmis(r) && i.units != 'o' && i.intcode > kIntHour) {
+          const double day = i.units == 's' ? std::floor(r / 86400) : r;
+          EXPECT_TRUE(day >= kFirstDate && day <= kLastDate) << n;
+        }
+        (void)zintck_seas(&x, v, r, nullptr);
+      }
+      char fmt[16];
+      short nl = 0, w1 = 0, w2 = 0;
+      zintfmp(&i, v, v + 3600, fmt, &nl, &w1, &w2);
+      EXPECT_GT(nl, 0);
+      EXPECT_LE(w1, 20);
+      zintfmm(&i, v, fmt, &nl, &w1, &w2);
+      EXPECT_GT(nl, 0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qvt

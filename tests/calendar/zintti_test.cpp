@@ -1,0 +1,574 @@
+// Time IDs on a grid: positions (zinttip) and their messages, cell classes,
+// accumulation, replacement of missing cells, statistics by period and
+// season, and the inference of an interval. Expected values are counted by
+// hand from the calendar fields or computed by the definitions.
+
+#include <map>
+#include <random>
+
+#include "calendar_fixture.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::iv;
+using testing::name;
+using testing::ymd;
+
+const double M = kMissing;
+const double D = skMissVal('D');
+
+bool same(double a, double b) {
+  if (wzmis(a) || wzmis(b)) return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+  return std::fabs(a - b) <= 1e-9 * std::max(1.0, std::fabs(b));
+}
+
+TEST(Zinttip, PositionsAgainstHandCounts) {
+  // Months from the calendar fields; Sunday weeks from day -5 (1959-12-27).
+  const auto monthIndex = [](double d) {
+    int m = 0, dd = 0, y = 0;
+    hostDateToMdy(d, &m, &dd, &y);
+    return y * 12 + m - 1;
+  };
+  std::mt19937 rng(20261122);
+  std::uniform_int_distribution<int> day(-2000, 20000);
+  std::vector<double> tid(40);
+  for (auto& t : tid) t = day(rng);
+  const double base = ymd(1970, 3, 17);
+  for (const char* name : {"MONTH", "WEEK"}) {
+    for (const char* align : {"B", "E", "M", "S"}) {
+      std::vector<long> pos(tid.size());
+      long maxpos = -7, want = 0;
+      EXPECT_EQ(zinttip(iv(name), align, tid.data(), 40, base, 0, pos.data(), &maxpos, nullptr, nullptr), 3);
+      for (std::size_t i = 0; i < tid.size(); ++i) {
+        const double w = name[0] == 'M' ? monthIndex(tid[i]) - monthIndex(base)
+                                        : std::floor((tid[i] + 5) / 7) - std::floor((base + 5) / 7);
+        EXPECT_EQ(pos[i], w) << name << " " << align << " " << tid[i];
+        want = std::max(want, pos[i]);
+      }
+      EXPECT_EQ(maxpos, want);
+    }
+  }
+  // Sorted time IDs: positions are the counts of intervals from the base.
+  const std::tuple<const char*, double, double> cases[] = {{"WEEKDAY", 30000, 12000}, {"DTHOUR", 1.5e9, 3.3e8}};
+  for (const auto& [name, hi, b] : cases) {
+    std::uniform_real_distribution<double> u(0, hi);
+    for (auto& t : tid) t = std::floor(u(rng));
+    std::sort(tid.begin(), tid.end());
+    std::vector<long> pos(tid.size());
+    long maxpos = 0;
+    const int rc = zinttip(iv(name), "B", tid.data(), 40, b, 0, pos.data(), &maxpos, nullptr, nullptr);
+    EXPECT_TRUE(rc == 1 || rc == 2) << name << " rc " << rc;
+    for (std::size_t i = 0; i < tid.size(); ++i)
+      EXPECT_EQ(static_cast<double>(pos[i]), zintck2(iv(name), b, tid[i])) << name << " " << tid[i];
+    EXPECT_EQ(maxpos, std::max(0L, pos.back()));
+  }
+}
+
+TEST(Zinttip, OrderFirstLastAndEdges) {
+  const INTERVAL month = iv("MONTH");
+  // March 10, March 31, May 2; a missing base takes the first: March 1.
+  std::vector<double> tid = {ymd(2001, 3, 10), ymd(2001, 3, 31), ymd(2001, 5, 2)};
+  long pos[3] = {};
+  long maxpos = 0;
+  double first = 0, last = 0;
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 3, M, 0, pos, &maxpos, &first, &last), 2);
+  EXPECT_EQ(std::vector<double>({double(pos[0]), double(pos[1]), double(pos[2]), double(maxpos), first, last}),
+            std::vector<double>({0, 0, 2, 2, ymd(2001, 3, 1), ymd(2001, 5, 1)}));
+  EXPECT_EQ(zinttip(month, "E", tid.data(), 3, M, 0, pos, &maxpos, &first, &last), 2);
+  EXPECT_EQ(first * 100000 + last, ymd(2001, 3, 31) * 100000 + ymd(2001, 5, 31));
+  tid[1] = ymd(2001, 4, 1);
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 3, M, 0, pos, &maxpos, &first, &last), 1);
+  // A given sort is returned without looking; positions are still made.
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 3, M, 2, pos, &maxpos, &first, &last), 2);
+  EXPECT_EQ(pos[1], 1);
+  // Positions before the base are negative; maxpos stays at least 0.
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 3, ymd(2002, 1, 1), 0, pos, &maxpos, &first, &last), 1);
+  EXPECT_EQ(pos[0] * 1000 + maxpos, -10000);
+  // One time ID: 1 whatever sort says; none: 1 with the outs initialised.
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 1, M, 3, pos, &maxpos, &first, &last), 1);
+  EXPECT_EQ(zinttip(month, "B", tid.data(), 0, M, 0, pos, &maxpos, &first, &last), 1);
+  EXPECT_TRUE(maxpos == 0 && wzmis(first) && wzmis(last));
+  // {interval, alignment, two time IDs, rc}. The week of the last day ends
+  // past day 6589335, which isn't a Saturday. OBS has no calendar limits:
+  // positions beyond 2^53 and beyond a long.
+  ASSERT_NE(hostWeekday(6589335), 7.0);
+  const std::tuple<const char*, const char*, double, double, int> cases[] = {
+      {"MONTH", "B", ymd(2000, 1, 1), M, -1},   {"MONTH", "B", skMissVal('A'), 0, -1},
+      {"MONTH", "B", -138062, 0, -2},           {"MONTH", "B", -138061, 0, 1},
+      {"MONTH", "B", 0, 6589336, -2},           {"MONTH", "B", 0, 6589335, 1},
+      {"WEEK", "E", 0, 6589335, -2},            {"WEEK", "B", 0, 6589335, 1},
+      {"DTHOUR", "B", -11928470401.0, 0, -2},   {"DTHOUR", "B", 0, 569318630400.0, -2},
+      {"OBS", "B", 0, 1.0e16, -4},              {"OBS", "B", 0, 1.0e19, -3}};
+  for (const auto& [name, align, t0, t1, rc] : cases) {
+    const double two[] = {t0, t1};
+    EXPECT_EQ(zinttip(iv(name), align, two, 2, name[0] == 'O' ? 0 : M, 0, pos, &maxpos, &first, &last), rc)
+        << name << " " << t0 << " " << t1;
+  }
+  const INTERVAL custom = testing::customInterval();
+  EXPECT_EQ(zinttip(custom, "B", tid.data(), 0, M, 0, pos, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(zinttip(custom, "B", tid.data(), 2, M, 0, pos, nullptr, nullptr, nullptr), -5);
+}
+
+TEST(ZinttipErr, MessageNumbers) {
+  const INTERVAL month = iv("MONTH");
+  INTERVAL custom = month;
+  custom.intcode = kIntCustom;
+  const u_sname var("DATE"), mem("SALES");
+  // {rc, custom, long form, short form}
+  const int cases[][4] = {{-1, 0, 1012, 1032}, {-1, 1, 1012, 1032}, {-2, 1, 1015, 1035}, {-2, 0, 1016, 1036},
+                          {-3, 0, 1004, 1004}, {-4, 1, 1004, 1004}, {-5, 1, 1022, 1042}, {-5, 0, 1020, 1040},
+                          {-6, 0, 1017, 1037}, {-99, 1, 1017, 1037}};
+  for (const auto& c : cases) {
+    const INTERVAL& intv = c[1] ? custom : month;
+    testing::RecordingHost h, s1, s2, s3;
+    EXPECT_EQ(zinttipErr(h, &var, "WORK", &mem, intv, c[0]), 1020);
+    ASSERT_EQ(h.msgs.size(), 1u) << c[0];
+    EXPECT_EQ(h.msgs[0].group * 10000 + h.msgs[0].number, 882 * 10000 + c[2]) << c[0];
+    EXPECT_NE(catalogFind(882, c[2]), nullptr) << c[2];
+    EXPECT_NE(catalogFind(882, c[3]), nullptr) << c[3];
+    std::string args;
+    for (const auto& a : h.msgs[0].args) args += std::get<std::string>(a) + " ";
+    EXPECT_EQ(args, c[2] == 1004 ? "" : "DATE WORK SALES MONTH ") << c[0];
+    // Any of the three unknown: the short form, without arguments.
+    EXPECT_EQ(zinttipErr(s1, nullptr, "WORK", &mem, intv, c[0]), 1020);
+    EXPECT_EQ(zinttipErr(s2, &var, nullptr, &mem, intv, c[0]), 1020);
+    EXPECT_EQ(zinttipErr(s3, &var, "WORK", nullptr, intv, c[0]), 1020);
+    for (const auto* s : {&s1, &s2, &s3}) {
+      ASSERT_EQ(s->msgs.size(), 1u);
+      EXPECT_EQ(s->msgs[0].number, c[3]) << c[0];
+      EXPECT_TRUE(s->msgs[0].args.empty());
+    }
+  }
+  for (int rc : {0, 3}) {  // not below 0: no message
+    testing::RecordingHost h;
+    EXPECT_EQ(zinttipErr(h, &var, "WORK", &mem, month, rc), 0);
+    EXPECT_TRUE(h.msgs.empty());
+  }
+}
+
+TEST(Zinttic, ClassesAndCounts) {
+  // {positions, cells, rc, surplus, gaps, flags a digit a cell}
+  const std::tuple<std::vector<long>, long, int, long, long, std::string> cases[] = {
+      {{1, 2, 3}, 5, 0, 0, 0, "31114"},       {{0, 2}, 3, 1, 0, 1, "101"},
+      {{1, 1, 1, 3}, 5, -1, 2, 1, "32014"},   {{0, 0, 4}, 5, -1, 1, 3, "20001"},
+      {{4, 0, 2, 0}, 5, -1, 1, 2, "20101"},   {{0}, 1, 0, 0, 0, "1"},
+      {{}, 3, 0, 0, 0, "333"}};
+  for (const auto& [pos, nobs, rc, dups, gaps, want] : cases) {
+    std::string flags(static_cast<std::size_t>(nobs), '\0');
+    long ndups = -1, ngaps = -1;
+    EXPECT_EQ(zinttic(pos.data(), static_cast<long>(pos.size()), nobs, flags.data(), &ndups, &ngaps), rc) << want;
+    for (auto& f : flags) f = static_cast<char>('0' + f);
+    EXPECT_EQ(flags + " " + std::to_string(ndups) + " " + std::to_string(ngaps),
+              want + " " + std::to_string(dups) + " " + std::to_string(gaps));
+  }
+  // A position outside the cells stops at once, counted up to it.
+  const long pos[] = {0, 0, 3, 1}, neg[] = {-1};
+  std::string flags(3, '\0');
+  long ndups = 0, ngaps = 0;
+  EXPECT_EQ(zinttic(pos, 4, 3, flags.data(), &ndups, &ngaps), -99);
+  EXPECT_EQ(ndups, 1);
+  EXPECT_EQ(zinttic(neg, 1, 3, flags.data(), &ndups, &ngaps), -99);
+}
+
+// The value of a cell by ACCUMULATE= code, from its values in the order of
+// the observations, missing ones included, by the definitions.
+double accumulated(int code, const std::vector<double>& all) {
+  std::vector<double> v;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(v), [](double x) { return !wzmis(x); });
+  const auto n = static_cast<double>(v.size());
+  double s = 0, q = 0, c = 0;
+  for (double x : v) {
+    s += x;
+    q += x * x;
+  }
+  for (double x : v) c += (x - s / n) * (x - s / n);
+  if (code >= 11) return code == 11 ? all.size() : code == 12 ? n : all.size() - n;
+  if (v.empty() || (code == 8 && v.size() < 2)) return M;
+  std::sort(v.begin() + (code == 7 ? 0 : v.size()), v.end());
+  const std::size_t k = v.size();
+  const double values[] = {v.size() == 1 ? v[0] : D,        s, s / n, v.front(), v.back(),
+                           *std::min_element(v.begin(), v.end()),
+                           *std::max_element(v.begin(), v.end()),
+                           k % 2 ? v[k / 2] : (v[k / 2 - 1] + v[k / 2]) / 2, std::sqrt(c / (n - 1)), q, c};
+  return values[code];
+}
+
+TEST(Zinttim, EveryCodeAgainstTheDefinitions) {
+  std::mt19937 rng(4242);
+  for (int round = 0; round < 20; ++round) {
+    const long T = 12, start = round % 3 == 0 ? 2 : 0, ntid = 30;
+    std::uniform_int_distribution<long> cell(0, T + 3);  // some outside the cells
+    std::uniform_int_distribution<int> value(-50, 50);
+    std::vector<long> pos(ntid);
+    std::vector<double> y(ntid);
+    std::map<long, std::vector<double>> byCell;
+    for (long i = 0; i < ntid; ++i) {
+      pos[i] = cell(rng);
+      y[i] = value(rng) % 7 == 0 ? M : value(rng) * 0.25;
+      byCell[pos[i]].push_back(y[i]);
+    }
+    for (int code = 0; code <= 13; ++code) {
+      std::vector<double> norm(T, 123.0);
+      ASSERT_EQ(zinttim(pos.data(), ntid, y.data(), 1, start, T, 1, code, norm.data()), 0);
+      for (long t = 0; t < T; ++t) {
+        const double want = accumulated(code, byCell[start + t]);
+        EXPECT_TRUE(same(norm[t], want)) << "code " << code << " cell " << t << " got " << norm[t];
+      }
+    }
+  }
+  // Single cells: {code, values, result}.
+  const std::tuple<int, std::vector<double>, double> cells[] = {
+      {0, {1, 2, 3}, D}, {0, {4, M}, 4},        {8, {3}, M},   {10, {3}, 0},   {8, {2.5, 2.5, 2.5}, 0},
+      {3, {M, 8, 9}, 8}, {4, {8, 9, M}, 9},     {1, {M, M}, M}, {13, {M, 1, M}, 2}};
+  for (const auto& [code, vals, want] : cells) {
+    const std::vector<long> pos(vals.size(), 0);
+    double norm[2] = {-1, -1};
+    ASSERT_EQ(zinttim(pos.data(), static_cast<long>(pos.size()), vals.data(), 1, 0, 2, 1, code, norm), 0);
+    EXPECT_TRUE(same(norm[0], want)) << code << ": " << norm[0];
+    EXPECT_TRUE(same(norm[1], code >= 11 ? 0.0 : M)) << code;  // the empty cell
+  }
+}
+
+TEST(Zinttim, LayoutsRefusalsAndOverflow) {
+  const long pos[] = {0, 1, 1};
+  // Variables a = {1, 2, 4}, b = {10, 20, 40}; TOTAL in either layout.
+  const double rows[] = {1, 10, 2, 20, 4, 40}, cols[] = {1, 2, 4, 10, 20, 40};
+  double nr[4], nc[4];
+  ASSERT_EQ(zinttim(pos, 3, rows, 2, 0, 2, 0, 1, nr), 0);
+  ASSERT_EQ(zinttim(pos, 3, cols, 2, 0, 2, 1, 1, nc), 0);
+  EXPECT_EQ(std::vector<double>(nr, nr + 4), (std::vector<double>{1, 10, 6, 60}));
+  EXPECT_EQ(std::vector<double>(nc, nc + 4), (std::vector<double>{1, 6, 10, 60}));
+  double norm[1];
+  const double y[] = {1, 2};
+  EXPECT_EQ(zinttim(nullptr, 2, y, 1, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 0, y, 1, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 0, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 1, 0, 0, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 1, -1, 1, 1, 1, norm), -99);
+  // A sum past half the largest double is refused, not rounded to infinity;
+  // the cell keeps what it held. A value too large to square.
+  const long zero[] = {0, 0};
+  const double big[] = {8e307, 8e307}, wide[] = {2e154};
+  EXPECT_EQ(zinttim(zero, 2, big, 1, 0, 1, 1, 1, norm), -2);
+  EXPECT_EQ(norm[0], 8e307);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 9, norm), -2);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 10, norm), -2);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 1, norm), 0);
+  // One observation at a time: outside the cells, a missing value skipped.
+  const double ym[] = {M, 5};
+  double cells[3] = {M, M, M};
+  long npos[3] = {};
+  EXPECT_EQ(zinttia(7, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
+  EXPECT_EQ(zinttia(0, 0, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 1);
+  EXPECT_EQ(zinttia(1, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
+  EXPECT_TRUE(wzmis(cells[0]) && cells[1] == 5 && npos[1] == 1);
+  // The values of one cell.
+  const long p4[] = {3, 1, 3, 3};
+  const double y4[] = {1, 2, 3, 4};
+  double vec[4] = {};
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 3, vec), 3);
+  EXPECT_EQ(std::vector<double>(vec, vec + 3), (std::vector<double>{1, 3, 4}));
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 2, vec), 0);
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 1, 3, vec), -99);
+  EXPECT_EQ(getvec(nullptr, 4, y4, 1, 1, 0, 3, vec), -99);
+}
+
+TEST(Zinttms, MedianAgainstSorting) {
+  std::mt19937 rng(99);
+  std::uniform_real_distribution<double> u(-1e3, 1e3);
+  for (long n = 1; n <= 40; ++n) {
+    std::vector<double> y(static_cast<std::size_t>(n));
+    for (auto& v : y) v = std::round(u(rng));
+    std::vector<double> sorted = y;
+    std::sort(sorted.begin(), sorted.end());
+    const auto k = static_cast<std::size_t>(n);
+    const double want = n % 2 ? sorted[k / 2] : (sorted[k / 2 - 1] + sorted[k / 2]) / 2;
+    double m = 0;
+    ASSERT_EQ(zinttms(n, y.data(), nullptr, &m), 0);
+    EXPECT_EQ(m, want) << n;
+    // With missing values mixed in and a work vector: y stays as it was.
+    y.insert(y.begin() + n / 2, M);
+    y.push_back(skMissVal('Z'));
+    const std::vector<double> before = y;
+    std::vector<double> work(y.size());
+    ASSERT_EQ(zinttms(static_cast<long>(y.size()), y.data(), work.data(), &m), 0);
+    EXPECT_EQ(m, want) << n;
+    EXPECT_TRUE(std::equal(y.begin(), y.end(), before.begin(), same));
+  }
+  double m = 0, allMiss[] = {M, M}, work[2], extreme[] = {1.7e308, 1.6e308};
+  EXPECT_EQ(zinttms(2, allMiss, work, &m), -1);
+  EXPECT_TRUE(wzmis(m));
+  EXPECT_EQ(zinttms(0, allMiss, work, &m), -99);
+  EXPECT_EQ(zinttms(2, nullptr, work, &m), -99);
+  EXPECT_EQ(zinttms(2, extreme, nullptr, &m), 0);
+  EXPECT_DOUBLE_EQ(m, 1.65e308) << "the mean of the middle pair doesn't overflow";
+}
+
+TEST(Zinttis, EveryCode) {
+  const std::vector<double> y = {M, 4, M, 1, 7, M, 2};
+  // {code, set value, result, value set, rc}: the missing cells are 0, 2, 5.
+  const std::tuple<int, double, std::vector<double>, double, int> cases[] = {
+      {2, 0, {3.5, 4, 3.5, 1, 7, 3.5, 2}, 3.5, 0}, {3, 0, {4, 4, 4, 1, 7, 4, 2}, 4, 0},
+      {4, 0, {2, 4, 2, 1, 7, 2, 2}, 2, 0},         {5, 0, {1, 4, 1, 1, 7, 1, 2}, 1, 0},
+      {6, 0, {7, 4, 7, 1, 7, 7, 2}, 7, 0},         {7, 0, {3, 4, 3, 1, 7, 3, 2}, 3, 1},
+      {9, 0, {M, 4, 4, 1, 7, 7, 2}, 2, 0},         {10, 0, {4, 4, 1, 1, 7, 2, 2}, 4, 0},
+      {100, -8, {-8, 4, -8, 1, 7, -8, 2}, -8, 0},  {0, 0, {0, 4, 0, 1, 7, 0, 2}, 0, 0}};
+  for (const auto& [code, value, want, wantSet, rc] : cases) {
+    for (bool inPlace : {false, true}) {
+      std::vector<double> in = y, out(y.size(), -1);
+      double* dst = inPlace ? in.data() : out.data();
+      double valueset = 0;
+      long numset = 0;
+      EXPECT_EQ(zinttis(in.data(), 7, code, value, dst, &valueset, &numset), rc) << code;
+      EXPECT_TRUE(std::equal(want.begin(), want.end(), dst, same)) << code << " in place " << inPlace;
+      EXPECT_TRUE(same(valueset, wantSet) && numset == 3) << code;
+      if (!inPlace) EXPECT_TRUE(std::equal(y.begin(), y.end(), in.begin(), same)) << "y untouched";
+    }
+  }
+  std::vector<double> tail = {1, M};  // a trailing missing cell stays with NEXT
+  EXPECT_EQ(zinttis(tail.data(), 2, 10, 0, tail.data(), nullptr, nullptr), 0);
+  EXPECT_TRUE(wzmis(tail[1]));
+  double valueset = 5;
+  long numset = 5;
+  for (int code : {2, 3, 4, 5, 6, 9, 10}) {
+    std::vector<double> all = {M, M};
+    EXPECT_EQ(zinttis(all.data(), 2, code, 0, all.data(), &valueset, &numset), 1) << code;
+    EXPECT_TRUE(wzmis(all[0]) && wzmis(all[1]) && wzmis(valueset) && numset == 2) << code;
+  }
+  std::vector<double> all = {M, M};
+  EXPECT_EQ(zinttis(all.data(), 2, 100, 7, all.data(), &valueset, &numset), 1);
+  EXPECT_EQ(all[0], 7);
+  EXPECT_EQ(zinttis(nullptr, 2, 2, 0, all.data(), &valueset, &numset), -1);
+  EXPECT_TRUE(wzmis(valueset) && numset == -1);
+  EXPECT_EQ(zinttis(all.data(), 0, 2, 0, all.data(), nullptr, nullptr), -1);
+}
+
+// The statistics by their definitions: two passes, a sorted median.
+ZINT_STATS direct(const std::vector<double>& all) {
+  ZINT_STATS s;
+  std::vector<double> v;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(v), [](double x) { return !wzmis(x); });
+  s.nobs = static_cast<long>(all.size());
+  s.n = static_cast<long>(v.size());
+  s.nmiss = s.nobs - s.n;
+  if (v.empty()) return s;
+  std::sort(v.begin(), v.end());
+  s.min = v.front();
+  s.max = v.back();
+  s.range = s.max - s.min;
+  s.sum = s.uss = s.css = 0;
+  for (double x : v) {
+    s.sum += x;
+    s.uss += x * x;
+  }
+  s.mean = s.sum / s.n;
+  for (double x : v) s.css += (x - s.mean) * (x - s.mean);
+  if (s.n >= 2) s.var = s.css / (s.n - 1);
+  if (s.n >= 2) s.std = std::sqrt(s.var);
+  const std::size_t k = v.size();
+  s.median = k % 2 ? v[k / 2] : (v[k / 2 - 1] + v[k / 2]) / 2;
+  return s;
+}
+
+void expectStats(const ZINT_STATS& got, const ZINT_STATS& want, const std::string& what) {
+  EXPECT_EQ(got.nobs * 10000 + got.n * 100 + got.nmiss, want.nobs * 10000 + want.n * 100 + want.nmiss) << what;
+  const double ZINT_STATS::*fields[] = {&ZINT_STATS::min, &ZINT_STATS::max, &ZINT_STATS::range,
+                                        &ZINT_STATS::sum, &ZINT_STATS::mean, &ZINT_STATS::uss,
+                                        &ZINT_STATS::css, &ZINT_STATS::var,  &ZINT_STATS::std,
+                                        &ZINT_STATS::median};
+  for (std::size_t k = 0; k < std::size(fields); ++k) {
+    const double g = got.*fields[k], w = want.*fields[k];
+    EXPECT_TRUE(wzmis(w) ? wzmis(g) != 0 : !wzmis(g) && std::fabs(g - w) <= 1e-9 * std::max(1.0, std::fabs(w)))
+        << what << " field " << k << " got " << g << " want " << w;
+  }
+}
+
+// Random positions with duplicates, gaps, positions past the frame and
+// missing values.
+void makeRaw(unsigned seed, long ntid, long cells, bool sorted, std::vector<long>& pos, std::vector<double>& x) {
+  std::mt19937 rng(seed);
+  std::uniform_int_distribution<long> p(0, cells + 2);
+  std::uniform_int_distribution<int> v(-40, 40);
+  pos.clear();
+  x.clear();
+  for (long i = 0; i < ntid; ++i) {
+    pos.push_back(p(rng));
+    x.push_back(v(rng) % 5 == 0 ? M : v(rng) * 0.5);
+  }
+  if (sorted) std::sort(pos.begin(), pos.end());
+}
+
+TEST(Stats, AgainstTheDefinitions) {
+  std::mt19937 rng(31);
+  std::uniform_real_distribution<double> u(-100, 100);
+  for (int len : {1, 2, 3, 4, 7, 20}) {
+    for (int withMissing : {0, 1}) {
+      std::vector<double> x(static_cast<std::size_t>(len)), work(x.size());
+      for (std::size_t i = 0; i < x.size(); ++i) x[i] = (withMissing && i % 3 == 1) ? M : u(rng);
+      ZINT_STATS got;
+      EXPECT_EQ(getstats(x.data(), len, work.data(), &got), 0);
+      expectStats(got, direct(x), "len " + std::to_string(len) + " missing " + std::to_string(withMissing));
+      EXPECT_EQ(got.nextr, 0);
+    }
+  }
+  std::vector<long> pos;
+  std::vector<double> x, work(100);
+  for (unsigned seed = 1; seed <= 6; ++seed) {
+    const long ntid = 50, T = 9, start = seed % 2 ? 0 : 2;
+    for (int notsorted : {0, 1}) {
+      makeRaw(seed, ntid, T + start, notsorted == 0, pos, x);
+      std::map<long, std::vector<double>> byCell;
+      for (long i = 0; i < ntid; ++i) byCell[pos[i]].push_back(x[i]);
+      std::vector<ZINT_STATS> stats(static_cast<std::size_t>(start + T));
+      const long rc = zinttts(x.data(), pos.data(), ntid, start, T, notsorted, work.data(), stats.data());
+      long empties = 0;  // getstats answers 1 for a period without values
+      for (long t = start; t < start + T; ++t) {
+        const ZINT_STATS want = direct(byCell[t]);
+        empties += want.n == 0;
+        expectStats(stats[t], want, "seed " + std::to_string(seed) + " cell " + std::to_string(t));
+      }
+      EXPECT_EQ(rc, empties);
+    }
+  }
+  ZINT_STATS s;
+  EXPECT_EQ(zinttts(x.data(), pos.data(), 1, 0, 1, 0, nullptr, &s), -99);
+  EXPECT_EQ(zinttts(x.data(), pos.data(), 0, 0, 1, 0, work.data(), &s), -99);
+  EXPECT_EQ(zinttts(x.data(), pos.data(), 1, -1, 1, 0, work.data(), &s), -99);
+  // By season: codes 0..3 by cell; season 4 is empty.
+  makeRaw(77, 60, 12, false, pos, x);
+  std::vector<int> scodes(15);
+  for (std::size_t c = 0; c < scodes.size(); ++c) scodes[c] = static_cast<int>(c % 4);
+  std::map<int, std::vector<double>> bySeason;
+  for (long i = 0; i < 60; ++i)
+    if (pos[i] >= 1 && pos[i] < 13) bySeason[scodes[pos[i]]].push_back(x[i]);
+  std::vector<ZINT_STATS> seasons(5);
+  work.resize(120);
+  EXPECT_EQ(zinttss(x.data(), pos.data(), 60, 1, 12, 5, scodes.data(), work.data(), seasons.data()), 1);
+  for (int k = 0; k < 5; ++k) expectStats(seasons[k], direct(bySeason[k]), "season " + std::to_string(k));
+  EXPECT_EQ(zinttss(x.data(), pos.data(), 60, 1, 12, 5, nullptr, work.data(), seasons.data()), -99);
+  // Joined periods equal the whole, but the median is the caller's.
+  makeRaw(5, 40, 8, true, pos, x);
+  std::vector<ZINT_STATS> local(8);
+  zinttts(x.data(), pos.data(), 40, 0, 8, 0, work.data(), local.data());
+  std::vector<double> inFrame;
+  for (long i = 0; i < 40; ++i)
+    if (pos[i] < 8) inFrame.push_back(x[i]);
+  ZINT_STATS want = direct(inFrame), g;
+  want.median = 1.25;
+  EXPECT_EQ(zinttgs(local.data(), 8, 1.25, &g), 0);
+  expectStats(g, want, "joined");
+}
+
+TEST(Stats, DegenerateSetsAndOverflow) {
+  ZINT_STATS s;
+  double work[4];
+  EXPECT_EQ(getstats(nullptr, 3, nullptr, nullptr), -99);
+  EXPECT_EQ(getstats(nullptr, 3, nullptr, &s), 1);
+  EXPECT_TRUE(s.nobs == 0 && wzmis(s.mean));
+  double allMiss[] = {M, M};  // counts only
+  EXPECT_EQ(getstats(allMiss, 2, work, &s), 1);
+  expectStats(s, direct({M, M}), "all missing");
+  // Equal values whose mean rounds: 0.1 * 3 / 3 isn't 0.1, but css is 0.
+  for (double v : {0.1, 1e-300, 7.0, -3.3e150}) {
+    double eq[] = {v, v, v, M};
+    ASSERT_EQ(getstats(eq, 4, work, &s), 0) << v;
+    EXPECT_TRUE(s.css == 0 && s.std == 0 && s.var == 0 && s.range == 0 && s.median == v) << v;
+  }
+  // The sum overflows: sum, mean, dispersion and uss are not given; two
+  // values lie beyond the extreme limit 1.34e154 / 3.
+  double big[] = {8e307, 8e307, 1};
+  EXPECT_EQ(getstats(big, 3, work, &s), 1);
+  EXPECT_TRUE(s.sumfail == 1 && s.sum2fail == 1 && s.nextr == 2 && s.max == 8e307 && s.median == 8e307);
+  EXPECT_TRUE(wzmis(s.sum) && wzmis(s.mean) && wzmis(s.uss) && wzmis(s.std));
+  // Only the squares overflow: sum and mean stand.
+  double wide[] = {2e154, -2e154};
+  EXPECT_EQ(getstats(wide, 2, work, &s), 1);
+  EXPECT_TRUE(s.sumfail == 0 && s.sum2fail == 1 && s.sum == 0 && s.mean == 0);
+  EXPECT_TRUE(wzmis(s.uss) && wzmis(s.css) && wzmis(s.var));
+  // Joining only empty records: -1, statistics missing, counts kept.
+  std::vector<ZINT_STATS> empty(3);
+  double oneMiss[] = {M};
+  getstats(oneMiss, 1, work, &empty[1]);
+  ZINT_STATS g;
+  EXPECT_EQ(zinttgs(empty.data(), 3, 2.0, &g), -1);
+  EXPECT_TRUE(g.nobs == 1 && g.nmiss == 1 && wzmis(g.min) && wzmis(g.max) && wzmis(g.mean));
+  EXPECT_TRUE(wzmis(g.std) && wzmis(g.median));
+  EXPECT_EQ(zinttgs(empty.data(), 0, 2.0, &g), -1);
+  EXPECT_EQ(zinttgs(nullptr, 3, 2.0, &g), -99);
+  EXPECT_EQ(zinttgs(empty.data(), -1, 2.0, &g), -99);
+  // A joined sum too large to square leaves css missing: -2.
+  std::vector<ZINT_STATS> huge(3);
+  for (auto& h : huge) {
+    double one[] = {5e153};  // its square fits, and so do three of them
+    getstats(one, 1, work, &h);
+  }
+  EXPECT_EQ(zinttgs(huge.data(), 3, 0, &g), -2);
+  EXPECT_DOUBLE_EQ(g.sum, 1.5e154);
+  EXPECT_DOUBLE_EQ(g.uss, 7.5e307);
+  EXPECT_TRUE(wzmis(g.css) && wzmis(g.var));
+}
+
+TEST(Zintget, IntervalOfThreeTimeIds) {
+  for (const auto& c : testing::handCases("zintget")) {
+    INTERVAL i;
+    INTINFO info;
+    const double d1 = c.x(1), d2 = c.x(2);
+    ASSERT_EQ(zintget(d1, d2, c.x(3), &i, &info), 0) << c.where();
+    EXPECT_EQ(testing::tokenOf(i), c.s(4)) << c.where();
+    EXPECT_EQ(i.intcode, c.i(5)) << c.where();
+    EXPECT_EQ(std::max(i.intper, 1), c.i(6)) << c.where();
+    EXPECT_EQ(i.shiftper, c.i(7)) << c.where();
+    EXPECT_EQ(std::string(1, i.units), c.s(8)) << c.where();
+    // The inferred grid really spaces the triple one interval apart.
+    if (i.intcode != kIntObs) EXPECT_EQ(zintnx2(i, d2, 0), zintnx2(i, d1, 1)) << c.where();
+  }
+  INTERVAL i;
+  INTINFO info;
+  ASSERT_EQ(zintget(ymd(2000, 1, 1), ymd(2000, 2, 1), ymd(2000, 3, 1), &i, &info), 0);
+  EXPECT_EQ(info.nseasons * 100 + info.sinterval.intcode, 12 * 100 + kIntYear);
+  EXPECT_TRUE(info.formatl > 0 && info.formatw > 0);
+  ASSERT_EQ(zintget(14000, 14001, 14002, &i, nullptr), 0) << "info may be null";
+  for (const auto& c : testing::handCases("zintgetbad")) {
+    i.intcode = kIntMonth;
+    EXPECT_EQ(zintget(c.x(1), c.x(2), c.x(3), &i, &info), c.i(4)) << c.where();
+    EXPECT_EQ(name(i) + i.units + std::to_string(i.intper), "NONEu1") << c.where();
+  }
+}
+
+TEST(Zintget, CandidatesOfAVector) {
+  // Six months, then four quarters: triples at 0, 3 and 7 give MONTH, MONTH
+  // and QTR. Without duplicates MONTH misses 3 pairs, QTR 4; with duplicates
+  // allowed QTR has no error.
+  const std::vector<double> tid = {ymd(2000, 1, 1), ymd(2000, 2, 1),  ymd(2000, 3, 1), ymd(2000, 4, 1),
+                                   ymd(2000, 5, 1), ymd(2000, 6, 1),  ymd(2000, 7, 1), ymd(2000, 10, 1),
+                                   ymd(2001, 1, 1), ymd(2001, 4, 1)};
+  INTERVAL out[3];
+  ASSERT_EQ(zinttig(tid.data(), 10, 0, 3, out), 2);
+  EXPECT_EQ(out[0].intcode * 100 + out[1].intcode, kIntMonth * 100 + kIntQtr);
+  ASSERT_EQ(zinttig(tid.data(), 10, 1, 3, out), 2);
+  EXPECT_EQ(out[0].intcode * 100 + out[1].intcode, kIntQtr * 100 + kIntMonth);
+  ASSERT_EQ(zinttig(tid.data(), 10, 0, 1, out), 1);
+  EXPECT_EQ(out[0].intcode, kIntMonth);
+  EXPECT_EQ(zinttig(tid.data(), 10, 0, 0, out), 0);
+  EXPECT_EQ(zinttig(tid.data(), 2, 0, 3, out), -1);
+  // Unsorted: sorted on a copy, the caller's vector is left as it was.
+  std::vector<double> shuffled = {tid[2], tid[0], tid[3], tid[1]};
+  const std::vector<double> before = shuffled;
+  ASSERT_EQ(zinttiu(shuffled.data(), 4, 0, 2, out), 1);
+  EXPECT_EQ(out[0].intcode, kIntMonth);
+  EXPECT_EQ(shuffled, before);
+  shuffled[2] = M;
+  EXPECT_EQ(zinttiu(shuffled.data(), 4, 0, 2, out), -2);
+  // A date hint in the first record turns on the calendar's limits.
+  std::vector<double> far = {1, 2, 3, 7000000};
+  out[0] = INTERVAL{};
+  out[0].intcode = kIntMonth;
+  EXPECT_EQ(zinttiu(far.data(), 4, 0, 2, out), -3);
+  out[0] = INTERVAL{};
+  EXPECT_NE(zinttiu(far.data(), 4, 0, 2, out), -3) << "without the hint no limit applies";
+  EXPECT_EQ(zinttiu(tid.data(), 2, 0, 2, out), -1);
+}
+
+}  // namespace
+}  // namespace qvt
