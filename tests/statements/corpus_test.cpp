@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "recording_host.hpp"
+#include "support.hpp"
 
 namespace qvt {
 namespace {

@@ -1,0 +1,197 @@
+// The grammar, steps of a program, syntax errors and their repair by the
+// cheapest deletions and insertions, and the JSON rendering of the records.
+
+#include "statements/grammar.hpp"
+#include "support.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::Parsed;
+using testing::RecordingHost;
+
+TEST(Grammar, BuildsWithoutConflicts) {
+  for (const auto& c : stmtGrammar().conflicts) ADD_FAILURE() << c;
+}
+
+struct StepCase {
+  const char* text;
+  std::vector<std::size_t> statementsPerStep;  // records of each step's PROCSTR
+  std::vector<bool> endedByRun;
+  std::vector<int> messages;
+};
+
+const StepCase kSteps[] = {
+    {"qvt; forecast a;", {2}, {false}, {}},
+    {"qvt; forecast a; qvt; forecast b; forecast c; run;", {2, 3}, {false, true}, {}},
+    {"QVT; forecast a; Run ; qvt;", {2, 1}, {true, false}, {}},
+    {"qvt; run; run; qvt; run;", {1, 1}, {true, true}, {}},
+    {"forecast a; qvt;", {1}, {false}, {kMsgOutsideStep}},
+    {"qvt; run; forecast a; qvt;", {1, 1}, {true, false}, {kMsgOutsideStep}},
+    {"/* a */ * b;", {}, {}, {kMsgEmptyProgram}},
+    {"qvt; /* qvt; */ forecast a;", {2}, {false}, {}},
+};
+
+TEST(Steps, Split) {
+  for (const auto& c : kSteps) {
+    SCOPED_TRACE(c.text);
+    RecordingHost h;
+    Program prog;
+    scanProgram(c.text, SourcePos{}, h, prog);
+    int errors = 0;
+    const auto steps = splitSteps(prog, h, &errors);
+    EXPECT_EQ(h.numbers(), c.messages);
+    EXPECT_EQ(errors, static_cast<int>(c.messages.size()));
+    ASSERT_EQ(steps.size(), c.statementsPerStep.size());
+    for (std::size_t k = 0; k < steps.size(); ++k) {
+      EXPECT_EQ(steps[k].endedByRun, c.endedByRun[k]) << k;
+      RecordingHost hs;
+      PROCSTR p;
+      EXPECT_EQ(xsparse(prog, steps[k], hs, p), 0) << k;
+      EXPECT_EQ(p.head.size(), c.statementsPerStep[k]) << k;
+      EXPECT_EQ(p.head.at(0).name, "QVT");
+    }
+  }
+  // A lexical error counts in its own step only.
+  RecordingHost h;
+  Program prog;
+  scanProgram("qvt lead=1; run;\nqvt data='x lead=2;", SourcePos{}, h, prog);
+  const auto steps = splitSteps(prog, h);
+  ASSERT_EQ(steps.size(), 2u);
+  PROCSTR p;
+  EXPECT_EQ(xsparse(prog, steps[0], h, p), 0);
+  EXPECT_EQ(xsparse(prog, steps[1], h, p), kStatementsUnusable);
+}
+
+struct RepairCase {
+  const char* text;
+  std::vector<int> messages;  // in the order logged
+  int repaired;
+  int skipped;
+};
+
+const RepairCase kRepairs[] = {
+    // One transposition from LEAD: read as LEAD (cost 50 + 10) and the value kept.
+    {"qvt laed=6;", {kMsgMisspelled}, 1, 0},
+    {"qvt; forecast x / model=simpl;", {kMsgMisspelled}, 1, 0},
+    // The end of the text in place of ';': insert ';' (cost 10).
+    {"qvt lead=5", {kMsgSyntax, kMsgRepaired}, 1, 0},
+    // A value is missing: insert an INT (cost 2); no value is stored.
+    {"qvt lead=;", {kMsgSyntax, kMsgRepaired}, 1, 0},
+    // A stray mark: delete it (cost 10).
+    {"qvt lead=5 > back=2;", {kMsgSyntax, kMsgRepaired}, 1, 0},
+    // Three strings where BY wants names: each deletion costs 50 and no
+    // insertion can take a string, so 150 > 127 gives the statement up.
+    {"qvt; by 'a' 'b' 'c';", {kMsgSyntax, kMsgUnrepairable}, 0, 1},
+    {"qvt; forcast x;", {kMsgUnknownStatement}, 0, 1},
+    {"qvt; by 'a' 'b' 'c'; forecast x / alpha=7;", {kMsgSyntax, kMsgUnrepairable, kMsgOutOfRange}, 0, 1},
+    {"qvt; forecast x / alpha=; forecast y / holdout=-1;", {kMsgSyntax, kMsgRepaired, kMsgOutOfRange}, 1, 0},
+    // The second ID statement writes the interval again: two warnings, no error.
+    {"qvt; id t interval=month; id u interval=qtr;", {kMsgSecondStatement, kMsgRepeated}, 0, 0},
+    {"qvt; id t interval=fortnight;", {kMsgBadInterval}, 0, 0},
+};
+
+TEST(Repair, MessagesAndCounts) {
+  for (const auto& c : kRepairs) {
+    SCOPED_TRACE(c.text);
+    Parsed r(c.text, SourcePos{"r.qvt", 1, 1});
+    EXPECT_EQ(r.h.numbers(), c.messages);
+    for (std::size_t k = 0; k < r.h.msgs.size(); ++k) EXPECT_FALSE(r.h.text(k).empty()) << "no catalogue row";
+    EXPECT_EQ(r.p.nrepaired, c.repaired);
+    EXPECT_EQ(r.p.nskipped, c.skipped);
+    EXPECT_EQ(r.p.error, c.messages.back() == kMsgRepeated ? 0 : kStatementsUnusable);
+  }
+}
+
+TEST(Repair, WhatTheRepairedStatementsLeave) {
+  Parsed a("qvt laed=6; forecast x / model=simpl;");
+  ASSERT_EQ(a.p.head.size(), 2u);
+  EXPECT_DOUBLE_EQ(a.p.head[0].fld[7].number(), 6);
+  EXPECT_DOUBLE_EQ(a.p.head[1].fld[2].number(), 1);
+  // An inserted value stores nothing; the option behind the repair is read.
+  Parsed b("qvt lead= back=2;");
+  EXPECT_FALSE(b.p.head.at(0).given(7));
+  EXPECT_DOUBLE_EQ(b.p.head[0].fld[24].number(), 2);
+  // A given-up statement leaves no record, and the statements behind it are read.
+  Parsed c("qvt; forecast a; forecast 'x' 'y' 'z';"
+           " forecast x / = = = = = = = = = = = = = = = = = = = = = = = = = = = =; forecast b;");
+  ASSERT_EQ(c.p.head.size(), 3u);
+  EXPECT_EQ(c.p.head[1].fld[17].text(), "a");
+  EXPECT_EQ(c.p.head[2].fld[17].text(), "b");
+  EXPECT_EQ(c.p.error, kStatementsUnusable);
+  // A given-up BY statement leaves the procedure record as it was.
+  Parsed d("qvt lead=4; by a 'x' 'y' 'z';");
+  EXPECT_FALSE(d.p.head.at(0).given(0));
+  EXPECT_DOUBLE_EQ(d.p.head[0].fld[7].number(), 4);
+}
+
+TEST(Repair, ErrorNamesFileLineColumnAndShowsTheLine) {
+  Parsed r("qvt lead=5;\n  forecast x / alpha=;\n", SourcePos{"prog.qvt", 1, 1});
+  ASSERT_FALSE(r.h.msgs.empty());
+  EXPECT_EQ(r.h.msgs[0].number, kMsgSyntax);
+  EXPECT_EQ(r.h.msgs[0].pos.line, 2);
+  EXPECT_EQ(r.h.msgs[0].pos.col, 22);
+  EXPECT_NE(r.h.text(0).find("prog.qvt, line 2, column 22"), std::string::npos) << r.h.text(0);
+  EXPECT_NE(r.h.text(0).find("  forecast x / alpha=;\n                     ^"), std::string::npos) << r.h.text(0);
+}
+
+TEST(Repair, EmptyProgramsAndStepsWithoutQvt) {
+  for (const char* text : {"", "   \n\t", "/* only a comment */", "* a statement comment;", "forecast x;"}) {
+    Parsed r(text);
+    EXPECT_EQ(r.rc, kStatementsUnusable) << text;
+    const int want = std::string(text) == "forecast x;" ? kMsgOutsideStep : kMsgEmptyProgram;
+    EXPECT_EQ(r.h.numbers(), std::vector<int>{want}) << text;
+  }
+}
+
+nlohmann::json render(const std::string& text) {
+  Parsed r(text);
+  EXPECT_EQ(r.p.error, 0) << text;
+  return stmtJson(r.p);
+}
+
+TEST(StmtJson, SameMeaningSameJsonAndOnlyThen) {
+  const struct {
+    const char *a, *b;
+    bool same;
+  } pairs[] = {
+      {"qvt; forecast x / model=simple criterion=mape;", "qvt; forecast x / model=simple select=mape;", true},
+      {"qvt; id t interval=month align=B;", "qvt; id t interval=month align=BEGINNING;", true},
+      {"qvt; idm size=(levelrest=(0.1 0.9));", "qvt; idm size=(levelrest=(0.1, 0.9));", true},
+      {"qvt print=none plot=none;", "qvt;", true},
+      {"qvt lead=5; /* a comment */", "QVT\n  LEAD = 5 ;", true},
+      {"qvt plot=spectrum(adjmean=yes);", "qvt plot=spectrum(center=yes);", true},
+      {"qvt; forecast x / criterion=mape;", "qvt; forecast x / criterion=mae;", false},
+      {"qvt; id t interval=month align=b;", "qvt; id t interval=month align=e;", false},
+      {"qvt; idm size=(levelrest=(0.1 0.9));", "qvt; idm interval=(levelrest=(0.1 0.9));", false},
+      {"qvt print=all;", "qvt;", false},
+      {"qvt lead=5;", "qvt lead=6;", false},
+      {"qvt; forecast x;", "qvt; forecast y;", false},
+      {"qvt; by a;", "qvt; by descending a;", false},
+  };
+  for (const auto& c : pairs) EXPECT_EQ(render(c.a) == render(c.b), c.same) << c.a << "\n" << c.b;
+}
+
+// The rendering of field n of a record, or null.
+nlohmann::json field(const nlohmann::json& record, int n) {
+  for (const auto& f : record["fields"])
+    if (f["field"] == n) return f;
+  return nullptr;
+}
+
+TEST(StmtJson, NamesBitsAndFields) {
+  const auto j = render("qvt lead=5 print=all; idm size=(levelparm=.A); forecast x / model=bestall;");
+  ASSERT_EQ(j["records"].size(), 2u);
+  const auto& proc = j["records"][0];
+  EXPECT_EQ(proc["statement"], "QVT");
+  // The SIZE= component is present: bit 113.
+  EXPECT_EQ(proc["bits"], R"j([{"bit":10,"option":"PRINT=ALL"},{"bit":113,"option":"SIZE=(...)"}])j"_json);
+  EXPECT_EQ(field(proc, 7), R"j({"field":7,"option":"LEAD","kind":"number","value":5.0})j"_json);
+  EXPECT_EQ(field(proc, 75)["value"], ".A") << "a missing value renders as its literal";
+  EXPECT_EQ(j["records"][1]["statement"], "FORECAST");
+  EXPECT_EQ(field(j["records"][1], 2), R"j({"field":2,"option":"MODEL","kind":"number","value":50.0,"name":"BESTALL"})j"_json);
+  EXPECT_TRUE(render("qvt print=none;")["records"][0]["bits"].empty());
+}
+
+}  // namespace
+}  // namespace qvt
