@@ -18,10 +18,7 @@ class Corpus : public ::testing::TestWithParam<CorpusCase> {};
 TEST_P(Corpus, OpensToItsMessage) {
   const auto& c = GetParam();
   std::ostringstream log;
-  HostConfig cfg;
-  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
-  cfg.logFormat = LogFormat::Jsonl;
-  cfg.logStream = &log;
+  HostConfig cfg = testing::jsonlConfig(log, {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"});
   cfg.csvBufferBytes = 16;  // records cross buffer ends
   ProcessHost h(cfg);
   ASSERT_EQ(h.init(), 0) << log.str();
@@ -62,12 +59,9 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& p) { return std::string(p.param.member); });
 
 // The awkward files that are valid read to the right values.
-TEST(CorpusValues, BomAndCrlf) {
+TEST(CorpusValues, BomCrlfAndHeaderOnly) {
   std::ostringstream log;
-  HostConfig cfg;
-  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
-  cfg.logStream = &log;
-  ProcessHost h(cfg);
+  ProcessHost h(testing::jsonlConfig(log, {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"}));
   ASSERT_EQ(h.init(), 0);
   DsHandle ds;
   ASSERT_EQ(h.dsOpen("corp.bom_crlf", DsMode::Input, &ds), 0) << log.str();
@@ -90,16 +84,7 @@ TEST(CorpusValues, BomAndCrlf) {
   EXPECT_EQ(h.byGet(ds), 0);
   EXPECT_EQ(h.byNext(ds), 0);
   h.stepEnd(0);
-}
 
-TEST(CorpusValues, HeaderOnlyIsAnEmptyDataSet) {
-  std::ostringstream log;
-  HostConfig cfg;
-  cfg.libs = {std::string("corp=") + QVT_SOURCE_DIR + "/tests/host/corpus"};
-  cfg.logStream = &log;
-  ProcessHost h(cfg);
-  ASSERT_EQ(h.init(), 0);
-  DsHandle ds;
   ASSERT_EQ(h.dsOpen("corp.header_only", DsMode::Input, &ds), 0);
   DsFacts f;
   ASSERT_EQ(h.dsInfo(ds, &f), 0);

@@ -1,9 +1,7 @@
-// Informats: values worked out by hand, malformed text, and round trips
-// through the formats that write what they read.
-
-#include <cstdint>
+// Informats: the hand-worked table format_read.txt, the century cutoff,
+// round trips through the formats that write what they read, and garbage.
+#include <map>
 #include <random>
-#include <vector>
 
 #include "host/format_read.hpp"
 #include "host_test_util.hpp"
@@ -13,98 +11,25 @@ namespace {
 
 using Reader = int (*)(std::string_view, double*);
 
-// Day numbers by hand: 2020-01-01 is 21915 (sixty years, fifteen leap days);
-// 2024-03-31 is 23376 (2024-01-01) + 31 + 29 + 30 = 23466.
-constexpr double kJan2020 = 21915.0;
-constexpr double kMar31_2024 = 23466.0;
-
-struct Good {
-  const char* text;
-  double expect;
-};
-
-struct Bad {
-  const char* text;
-  int rc;
-};
-
-void checkGood(Reader read, const Good& g) {
-  double v = -12345.0;
-  ASSERT_EQ(read(g.text, &v), kReadOk) << "[" << g.text << "]";
-  EXPECT_EQ(v, g.expect) << "[" << g.text << "]";
-}
-
-void checkBad(Reader read, const Bad& b) {
-  double v = -12345.0;
-  EXPECT_EQ(read(b.text, &v), b.rc) << "[" << b.text << "]";
-  EXPECT_EQ(v, -12345.0) << "value written on failure for [" << b.text << "]";
-}
-
 int dateLit(std::string_view t, double* v) { return readDateLiteral(t, v); }
 int datetimeLit(std::string_view t, double* v) { return readDatetimeLiteral(t, v); }
 
-TEST(FormatRead, IsoDate) {
-  const Good good[] = {
-      {"2024-03-31", kMar31_2024},  {"2020-01-01", kJan2020},   {" 2020-01-01 ", kJan2020},
-      {"1960-01-01", 0.0},          {"2020-02-29", kJan2020 + 59}, {"1582-01-01", -138061.0},
-      {"20000-12-26", 6589335.0},
-  };
-  for (const auto& g : good) checkGood(readIsoDate, g);
-  const Bad bad[] = {
-      {"2024-02-30", kReadField}, {"2021-02-29", kReadField}, {"1900-02-29", kReadField},
-      {"2024-13-01", kReadField}, {"2024-00-10", kReadField}, {"2024-01-00", kReadField},
-      {"2024-04-31", kReadField}, {"1581-12-31", kReadRange}, {"20000-12-27", kReadRange},
-      {"2024-3-31", kReadSyntax}, {"2024-03-31x", kReadSyntax}, {"", kReadSyntax},
-      {"2024/03/31", kReadSyntax}, {"+2024-03-31", kReadSyntax}, {"24-03-31", kReadSyntax},
-      {"2024-03-311", kReadSyntax}, {"202400-03-31", kReadSyntax}, {"2024-03", kReadSyntax},
-  };
-  for (const auto& b : bad) checkBad(readIsoDate, b);
-}
+const std::map<std::string, Reader> kReaders = {
+    {"isodate", readIsoDate}, {"isotime", readIsoTime},         {"isodatetime", readIsoDatetime},
+    {"date", dateLit},        {"time", readTimeLiteral},        {"datetime", datetimeLit}};
 
-TEST(FormatRead, IsoTimeAndDatetime) {
-  const double at = kMar31_2024 * 86400.0 + 48600.0;  // 2,027,511,000
-  EXPECT_EQ(at, 2027511000.0);
-  const Good times[] = {
-      {"13:30:00", 48600.0}, {"13:30", 48600.0}, {"00:00:00", 0.0}, {"23:59:59", 86399.0},
-      {"13:30:00.25", 48600.25}, {"13:30:00.5", 48600.5},
-  };
-  for (const auto& g : times) checkGood(readIsoTime, g);
-  const Bad badTimes[] = {
-      {"25:00", kReadField}, {"24:00:00", kReadField}, {"13:60", kReadField}, {"13:30:60", kReadField},
-      {"1:30", kReadSyntax}, {"13:3", kReadSyntax}, {"13:30:00.", kReadSyntax}, {"-1:00", kReadSyntax},
-      {"13", kReadSyntax}, {"13:30:0", kReadSyntax}, {"13:30:00Z", kReadSyntax},
-  };
-  for (const auto& b : badTimes) checkBad(readIsoTime, b);
-  const Good datetimes[] = {
-      {"2024-03-31T13:30:00", at}, {"2024-03-31 13:30:00", at}, {"2024-03-31T13:30", at},
-      {"2024-03-31t13:30", at},    {"2024-03-31T13:30:00.5", at + 0.5}, {"1959-12-31T23:59:59", -1.0},
-  };
-  for (const auto& g : datetimes) checkGood(readIsoDatetime, g);
-  const Bad badDatetimes[] = {
-      {"2024-03-31T24:00:00", kReadField}, {"2021-02-29T00:00:00", kReadField},
-      {"2024-03-31T13:60", kReadField},    {"2024-03-31T", kReadSyntax},
-      {"2024-03-31T13:30:00Z", kReadSyntax}, {"2024-03-31", kReadSyntax},
-      {"2024-03-31TT13:30", kReadSyntax},  {"1581-12-31T00:00", kReadRange},
-  };
-  for (const auto& b : badDatetimes) checkBad(readIsoDatetime, b);
-}
-
-TEST(FormatRead, Literals) {
-  const Good dates[] = {
-      {"01JAN2020", kJan2020}, {"1JAN20", kJan2020},   {"1jan2020", kJan2020}, {"01Jan2020", kJan2020},
-      {"01JAN60", 0.0},        {"31DEC39", 29219.0},   // 2040-01-01 is 21915 + 7300 + 5
-      {"01JAN40", -7305.0},    {"29FEB00", 14669.0},   {"31mar2024", kMar31_2024},
-  };
-  for (const auto& g : dates) checkGood(dateLit, g);
-  const Bad badDates[] = {
-      {"29FEB2021", kReadField}, {"31APR2020", kReadField}, {"32JAN2020", kReadField},
-      {"00JAN2020", kReadField}, {"01JAN1581", kReadRange}, {"01XYZ2020", kReadSyntax},
-      {"01JAN202", kReadSyntax}, {"001JAN2020", kReadSyntax}, {"JAN2020", kReadSyntax},
-      {"01JA2020", kReadSyntax}, {"", kReadSyntax},          {"01JAN2020x", kReadSyntax},
-      {"01-JAN-2020", kReadSyntax}, {"01JAN202400", kReadSyntax},
-  };
-  for (const auto& b : badDates) checkBad(dateLit, b);
-
+TEST(FormatRead, ReadsTheHandWorkedTable) {
+  const std::map<std::string, int> results = {
+      {"ok", kReadOk}, {"syntax", kReadSyntax}, {"field", kReadField}, {"range", kReadRange}};
+  const auto rows = testing::loadCases("format_read.txt");
+  ASSERT_GT(rows.size(), 90u);
+  for (const auto& r : rows) {
+    SCOPED_TRACE(r.back() + ": [" + r[1] + "]");
+    double v = -12345.0;
+    ASSERT_EQ(kReaders.at(r[0])(r[1], &v), results.at(r[2]));
+    // The value is written on success only.
+    EXPECT_EQ(v, r[2] == "ok" ? std::stod(r[3]) : -12345.0);
+  }
   // The cutoff decides the century: 45 is 1945 from 1940 on, 2045 from 1950 on.
   double v = 0;
   ASSERT_EQ(readDateLiteral("01JAN45", &v), kReadOk);
@@ -112,29 +37,7 @@ TEST(FormatRead, Literals) {
   ASSERT_EQ(readDateLiteral("01JAN45", &v, 1950), kReadOk);
   EXPECT_EQ(v, 31047.0);
   ASSERT_EQ(readDateLiteral("01JAN50", &v, 1950), kReadOk);
-  EXPECT_EQ(v, hostMdyToDate(1, 1, 1950));
-
-  const Good times[] = {
-      {"13:30", 48600.0}, {"9:05", 32700.0}, {"13:30:00.5", 48600.5}, {"09:05:07", 32707.0}, {"0:00", 0.0},
-  };
-  for (const auto& g : times) checkGood(readTimeLiteral, g);
-  const Bad badTimes[] = {
-      {"25:00", kReadField}, {"13:61", kReadField}, {"13:5", kReadSyntax}, {"13:30:", kReadSyntax},
-      {"130:00", kReadSyntax}, {":30", kReadSyntax}, {"13.30", kReadSyntax},
-  };
-  for (const auto& b : badTimes) checkBad(readTimeLiteral, b);
-
-  const double at = kJan2020 * 86400.0 + 48600.0;
-  const Good datetimes[] = {
-      {"01JAN2020:13:30:00", at}, {"01JAN20:13:30", at}, {"01JAN2020 13:30", at},
-      {"01jan2020:13:30:00.5", at + 0.5}, {"1JAN2020:0:00", kJan2020 * 86400.0},
-  };
-  for (const auto& g : datetimes) checkGood(datetimeLit, g);
-  const Bad badDatetimes[] = {
-      {"01JAN2020:25:00", kReadField}, {"31APR2020:00:00", kReadField}, {"01JAN2020", kReadSyntax},
-      {"01JAN2020:", kReadSyntax},     {"01JAN2020:13", kReadSyntax},  {"01JAN2020::13:30", kReadSyntax},
-  };
-  for (const auto& b : badDatetimes) checkBad(datetimeLit, b);
+  EXPECT_EQ(v, -3652.0);
 }
 
 TEST(FormatRead, IsoValueTellsTheKind) {
@@ -145,15 +48,12 @@ TEST(FormatRead, IsoValueTellsTheKind) {
     double value;
   };
   const Row rows[] = {
-      {"2024-03-31", kReadOk, TemporalKind::Date, kMar31_2024},
-      {"2024-03-31T13:30:00", kReadOk, TemporalKind::Datetime, 2027511000.0},
+      {"2024-03-31", kReadOk, TemporalKind::Date, 23466.0},
       {"2024-03-31 13:30", kReadOk, TemporalKind::Datetime, 2027511000.0},
       {"13:30:00", kReadOk, TemporalKind::Time, 48600.0},
       {"2021-02-29", kReadField, TemporalKind::None, 0},
       {"-5", kReadSyntax, TemporalKind::None, 0},
       {"12", kReadSyntax, TemporalKind::None, 0},
-      {"1e-3", kReadSyntax, TemporalKind::None, 0},
-      {"abc", kReadSyntax, TemporalKind::None, 0},
       {"", kReadSyntax, TemporalKind::None, 0},
   };
   for (const auto& r : rows) {
@@ -161,13 +61,9 @@ TEST(FormatRead, IsoValueTellsTheKind) {
     TemporalKind k = TemporalKind::Date;
     EXPECT_EQ(readIsoValue(r.text, &v, &k), r.rc) << r.text;
     EXPECT_EQ(k, r.kind) << r.text;
-    if (r.rc == kReadOk) {
-      EXPECT_EQ(v, r.value) << r.text;
-    }
+    EXPECT_EQ(v, r.value) << r.text;
   }
 }
-
-bool sameBits(double a, double b) { return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b); }
 
 // Days of 1582..9999 written by E8601DA and DATE9. and read back: a stride
 // of 31 days (prime to 7, so every weekday and month turns up) over the
@@ -191,14 +87,12 @@ TEST(FormatRead, DatesRoundTrip) {
   EXPECT_EQ(back, kLastDate);
   EXPECT_EQ(isoDateText(kFirstDate - 1), "");
   EXPECT_EQ(isoDateText(std::nan("")), "");
-  EXPECT_EQ(isoDateText(kJan2020 + 0.75), "2020-01-01");
+  EXPECT_EQ(isoDateText(21915.75), "2020-01-01");
 }
 
 TEST(FormatRead, DatetimesAndTimesRoundTrip) {
   std::mt19937_64 rng(20240331);
-  const double lo = hostMdyToDate(1, 1, 1582) * 86400.0;
-  const double hi = (hostMdyToDate(12, 31, 9999) + 1) * 86400.0;
-  std::uniform_real_distribution<double> anyReal(lo, hi);
+  std::uniform_real_distribution<double> anyReal(-138061 * 86400.0, 2936550.0 * 86400.0);  // 1582 .. 9999
   std::uniform_int_distribution<int> ms(0, 999);
   for (int i = 0; i < 5000; ++i) {
     const double whole = std::floor(anyReal(rng));
@@ -213,22 +107,15 @@ TEST(FormatRead, DatetimesAndTimesRoundTrip) {
     ASSERT_EQ(back, milli) << renderFormat(milli, "E8601DT", 23, 3);
     // Any double at all comes back to the bit through the ISO writer.
     const double any = anyReal(rng);
-    const std::string text = isoDatetimeText(any);
-    ASSERT_EQ(readIsoDatetime(text, &back), kReadOk) << text;
-    ASSERT_TRUE(sameBits(back, any)) << text << " " << back << " " << any;
-  }
-  std::uniform_real_distribution<double> dayReal(0.0, 86400.0);
-  for (int i = 0; i < 5000; ++i) {
-    const double t = dayReal(rng);
-    const double whole = std::floor(t);
-    double back = 0;
-    ASSERT_EQ(readTimeLiteral(renderFormat(whole, "TIME", 8), &back), kReadOk) << whole;
-    ASSERT_EQ(back, whole);
-    ASSERT_EQ(readIsoTime(renderFormat(whole, "E8601TM", 8), &back), kReadOk) << whole;
-    ASSERT_EQ(back, whole);
-    const std::string text = isoTimeText(t);
-    ASSERT_EQ(readIsoTime(text, &back), kReadOk) << text;
-    ASSERT_TRUE(sameBits(back, t)) << text;
+    ASSERT_EQ(readIsoDatetime(isoDatetimeText(any), &back), kReadOk) << isoDatetimeText(any);
+    ASSERT_EQ(testing::bits(back), testing::bits(any)) << isoDatetimeText(any);
+    const double t = std::fmod(any - anyReal.a(), 86400.0);
+    ASSERT_EQ(readTimeLiteral(renderFormat(std::floor(t), "TIME", 8), &back), kReadOk) << t;
+    ASSERT_EQ(back, std::floor(t));
+    ASSERT_EQ(readIsoTime(renderFormat(std::floor(t), "E8601TM", 8), &back), kReadOk) << t;
+    ASSERT_EQ(back, std::floor(t));
+    ASSERT_EQ(readIsoTime(isoTimeText(t), &back), kReadOk) << isoTimeText(t);
+    ASSERT_EQ(testing::bits(back), testing::bits(t)) << isoTimeText(t);
   }
   EXPECT_EQ(isoTimeText(86400.0), "");
   EXPECT_EQ(isoTimeText(-0.5), "");
@@ -244,13 +131,12 @@ TEST(FormatRead, NeverUndefinedOnGarbage) {
   const std::string alphabet = "0123456789-:T .JANjanFEBxZ+";
   std::uniform_int_distribution<std::size_t> pickChar(0, alphabet.size() - 1);
   std::uniform_int_distribution<int> pickLen(0, 24);
-  const Reader readers[] = {readIsoDate, readIsoTime, readIsoDatetime, dateLit, readTimeLiteral, datetimeLit};
   for (int i = 0; i < 20000; ++i) {
     std::string s;
     for (int n = pickLen(rng); n > 0; --n) s += alphabet[pickChar(rng)];
-    for (Reader r : readers) {
+    for (const auto& [name, read] : kReaders) {
       double v = -1e300;
-      const int rc = r(s, &v);
+      const int rc = read(s, &v);
       ASSERT_TRUE(rc == kReadOk || rc == kReadSyntax || rc == kReadField || rc == kReadRange) << s;
       if (rc == kReadOk) {
         ASSERT_TRUE(std::isfinite(v)) << s;

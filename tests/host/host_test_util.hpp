@@ -1,27 +1,31 @@
-// Helpers of the host tests: a temporary folder that removes itself, files
-// in it, and the JSON lines of a log.
+// Helpers of the host tests: a temporary folder that removes itself, a host on
+// it with a JSON-lines log, data sets as columns in memory, and the loaders of
+// the tables of hand-worked values kept beside the tests.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdlib.h>
 #include <string>
 #include <vector>
 
-#include "../calendar/date_oracle.hpp"
 #include "host/format.hpp"
 #include "host/hostdate.hpp"
 #include "host/process_host.hpp"
 #include "run/missing.hpp"
 
 namespace qvt::testing {
+
+inline std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(x); }
 
 class TempDir {
  public:
@@ -39,8 +43,7 @@ class TempDir {
   const std::string& path() const { return path_; }
   std::string file(const std::string& name) const { return path_ + "/" + name; }
   void write(const std::string& name, const std::string& bytes) const {
-    std::ofstream f(file(name), std::ios::binary | std::ios::trunc);
-    f << bytes;
+    std::ofstream(file(name), std::ios::binary | std::ios::trunc) << bytes;
   }
   std::string read(const std::string& name) const {
     std::ifstream f(file(name), std::ios::binary);
@@ -74,6 +77,169 @@ inline std::vector<int> hostNumbers(const std::string& log) {
   for (const auto& j : jsonLines(log))
     if (j.at("group") == 900) r.push_back(j.at("number").get<int>());
   return r;
+}
+
+inline HostConfig jsonlConfig(std::ostream& log, std::vector<std::string> libs = {}) {
+  HostConfig cfg;
+  cfg.libs = std::move(libs);
+  cfg.logFormat = LogFormat::Jsonl;
+  cfg.logStream = &log;
+  return cfg;
+}
+
+// A host whose library "lib" is the temporary folder, or a SQLite database
+// in it (then "csv" is the folder).
+struct HostFixture {
+  TempDir dir;
+  std::ostringstream log;
+  std::unique_ptr<ProcessHost> host;
+  std::string db;
+  explicit HostFixture(bool sqlite = false, long long failRowAt = 0, int busyMs = 5000) : db(dir.file("lib.db")) {
+    HostConfig cfg = jsonlConfig(log, {sqlite ? "lib=sqlite:" + db : "lib=" + dir.path(), "csv=" + dir.path()});
+    cfg.failRowWriteAt = failRowAt;
+    cfg.sqliteBusyMs = busyMs;
+    host = std::make_unique<ProcessHost>(cfg);
+    EXPECT_EQ(host->init(), 0) << log.str();
+  }
+  std::vector<int> numbers() const { return hostNumbers(log.str()); }
+};
+
+// A column of a data set in memory.
+struct Column {
+  VarInfo info;
+  std::vector<double> num;
+  std::vector<std::string> text;
+};
+using Table = std::vector<Column>;
+
+inline void writeTable(ProcessHost& h, const std::string& name, const Table& t, const std::string& label = "") {
+  DsHandle out;
+  ASSERT_EQ(h.dsOpen(name, DsMode::Output, &out), 0);
+  std::vector<double> num(t.size());
+  std::vector<std::string> text(t.size());
+  for (std::size_t c = 0; c < t.size(); ++c) {
+    const bool n = t[c].info.type == VarType::Numeric;
+    ASSERT_EQ(n ? h.varPutD(out, t[c].info, &num[c]) : h.varPutT(out, t[c].info, &text[c]), 0);
+  }
+  ASSERT_EQ(h.varPutE(out), 0);
+  ASSERT_EQ(h.dsSetLabel(out, label), 0);
+  const std::size_t rows = t[0].num.empty() ? t[0].text.size() : t[0].num.size();
+  for (std::size_t r = 0; r < rows; ++r) {
+    for (std::size_t c = 0; c < t.size(); ++c) {
+      if (t[c].info.type == VarType::Numeric) num[c] = t[c].num[r];
+      else text[c] = t[c].text[r];
+    }
+    ASSERT_EQ(h.rowPut(out), 0);
+    if (h.dsAdd(out) != 0) return;  // the test hook that fails a row
+  }
+  ASSERT_EQ(h.dsClose(out), 0);
+}
+
+// Every variable and record of a data set, with the data set's facts.
+inline Table readTable(ProcessHost& h, const std::string& name, DsFacts* facts = nullptr) {
+  Table t;
+  DsHandle in;
+  EXPECT_EQ(h.dsOpen(name, DsMode::Input, &in), 0);
+  if (!in) return t;
+  for (const VarInfo& v : h.dsVars(in)) t.push_back(Column{v, {}, {}});
+  std::vector<double> num(t.size());
+  std::vector<std::string> text(t.size());
+  for (std::size_t c = 0; c < t.size(); ++c) {
+    const int varno = static_cast<int>(c + 1);
+    const bool n = t[c].info.type == VarType::Numeric;
+    EXPECT_EQ(n ? h.varGetD(in, varno, &num[c]) : h.varGetT(in, varno, &text[c]), 0);
+  }
+  while (h.byNext(in) == 1) {
+    while (h.byGet(in) == 1) {
+      EXPECT_EQ(h.rowGet(in), 0);
+      for (std::size_t c = 0; c < t.size(); ++c) {
+        if (t[c].info.type == VarType::Numeric) t[c].num.push_back(num[c]);
+        else t[c].text.push_back(text[c]);
+      }
+    }
+  }
+  if (facts) h.dsInfo(in, facts);
+  h.dsClose(in);
+  return t;
+}
+
+// Same variables, and the same values to the bit.
+inline void expectSame(const Table& got, const Table& want) {
+  ASSERT_EQ(got.size(), want.size());
+  for (std::size_t c = 0; c < want.size(); ++c) {
+    const VarInfo& g = got[c].info;
+    const VarInfo& w = want[c].info;
+    EXPECT_EQ(g.name, w.name);
+    EXPECT_EQ(g.type, w.type) << w.name;
+    EXPECT_EQ(g.format, w.format) << w.name;
+    EXPECT_EQ(g.label, w.label) << w.name;
+    EXPECT_EQ(g.length, w.length) << w.name;
+    EXPECT_EQ(got[c].text, want[c].text) << w.name;
+    ASSERT_EQ(got[c].num.size(), want[c].num.size()) << w.name;
+    for (std::size_t r = 0; r < want[c].num.size(); ++r)
+      EXPECT_EQ(bits(got[c].num[r]), bits(want[c].num[r])) << w.name << " record " << r + 1;
+  }
+}
+
+// A table of hand-worked cases beside the tests: one case a line, fields
+// split at '|', lines starting with '#' and blank lines skipped. The line
+// number of each row is its last field.
+inline std::vector<std::vector<std::string>> loadCases(const std::string& name) {
+  std::vector<std::vector<std::string>> rows;
+  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/host/" + name);
+  EXPECT_TRUE(in) << name;
+  int n = 0;
+  for (std::string line; std::getline(in, line);) {
+    ++n;
+    if (line.empty() || line[0] == '#') continue;
+    std::vector<std::string> f;
+    for (std::size_t at = 0;;) {
+      const std::size_t bar = line.find('|', at);
+      f.push_back(line.substr(at, bar - at));
+      if (bar == std::string::npos) break;
+      at = bar + 1;
+    }
+    f.push_back(name + ":" + std::to_string(n));
+    rows.push_back(std::move(f));
+  }
+  return rows;
+}
+
+// A value field of those tables: "." and ".A" to "._" are missing values,
+// 2020-01-01 a day, 2020-01-01T13:30:45.5 a datetime, anything else a C number.
+inline double caseValue(const std::string& s) {
+  if (s == ".") return kMissing;
+  if (s.size() == 2 && s[0] == '.' && !std::isdigit(static_cast<unsigned char>(s[1]))) return skMissVal(s[1]);
+  if (s.size() >= 10 && s[4] == '-' && s[7] == '-') {
+    const double day = hostMdyToDate(std::stoi(s.substr(5, 2)), std::stoi(s.substr(8, 2)), std::stoi(s.substr(0, 4)));
+    if (s.size() == 10) return day;
+    return day * 86400.0 + std::stoi(s.substr(11, 2)) * 3600 + std::stoi(s.substr(14, 2)) * 60 + std::stod(s.substr(17));
+  }
+  return std::strtod(s.c_str(), nullptr);
+}
+
+// tests/calendar/date_oracle.csv: dates with the calendar facts Python's
+// datetime gives (day from 1960-01-01; y, m, d; wday 1 Sunday; yday; ISO
+// year, week, day 1 Monday; strftime %U and %W).
+struct OracleRow {
+  double day;
+  int y, m, d, wday, yday, isoy, isow, isod, wu, ww;
+};
+
+inline std::vector<OracleRow> loadDateOracle() {
+  std::vector<OracleRow> rows;
+  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/date_oracle.csv");
+  std::string line;
+  std::getline(in, line);  // header
+  while (std::getline(in, line)) {
+    for (char& c : line)
+      if (c == ',') c = ' ';
+    std::istringstream s(line);
+    OracleRow r{};
+    s >> r.day >> r.y >> r.m >> r.d >> r.wday >> r.yday >> r.isoy >> r.isow >> r.isod >> r.wu >> r.ww;
+    if (s) rows.push_back(r);
+  }
+  return rows;
 }
 
 }  // namespace qvt::testing

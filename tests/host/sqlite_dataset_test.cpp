@@ -4,26 +4,22 @@
 // quoting, and the failures a database can give (missing table, mixed
 // kinds, another connection's lock). The database is inspected with the
 // sqlite3 C API directly, independently of the engine.
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <sstream>
-
-#include "host/process_host.hpp"
+#include "host/csv_cell.hpp"
 #include "host_test_util.hpp"
-#include "run/missing.hpp"
 
 namespace qvt {
 namespace {
 
-using testing::TempDir;
-
-std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(x); }
+using testing::bits;
+using testing::Column;
+using testing::Table;
+using testing::readTable;
+using testing::writeTable;
+using testing::expectSame;
 
 // A second, independent connection to the database.
 class RawDb {
@@ -59,31 +55,9 @@ class RawDb {
   sqlite3* db_ = nullptr;
 };
 
-struct Fixture {
-  TempDir dir;
-  std::ostringstream log;
-  std::unique_ptr<ProcessHost> host;
-  std::string db;
-  explicit Fixture(long long failRowAt = 0, int busyMs = 5000) : db(dir.file("lib.db")) {
-    HostConfig cfg;
-    cfg.libs = {"lib=sqlite:" + db, "csv=" + dir.path()};
-    cfg.logFormat = LogFormat::Jsonl;
-    cfg.logStream = &log;
-    cfg.failRowWriteAt = failRowAt;
-    cfg.sqliteBusyMs = busyMs;
-    host = std::make_unique<ProcessHost>(cfg);
-    EXPECT_EQ(host->init(), 0) << log.str();
-  }
-  std::vector<int> numbers() const { return testing::hostNumbers(log.str()); }
+struct Fixture : testing::HostFixture {
+  explicit Fixture(long long failRowAt = 0, int busyMs = 5000) : HostFixture(true, failRowAt, busyMs) {}
 };
-
-// A column of a data set in memory.
-struct Column {
-  VarInfo info;
-  std::vector<double> num;
-  std::vector<std::string> text;
-};
-using Table = std::vector<Column>;
 
 Table awkwardTable() {
   const double inf = std::numeric_limits<double>::infinity();
@@ -110,94 +84,19 @@ Table awkwardTable() {
   return t;
 }
 
-void writeTable(ProcessHost& h, const std::string& name, const Table& t, const std::string& label = "") {
-  DsHandle out;
-  ASSERT_EQ(h.dsOpen(name, DsMode::Output, &out), 0);
-  std::vector<double> num(t.size());
-  std::vector<std::string> text(t.size());
-  for (std::size_t c = 0; c < t.size(); ++c) {
-    const int r = t[c].info.type == VarType::Numeric ? h.varPutD(out, t[c].info, &num[c])
-                                                     : h.varPutT(out, t[c].info, &text[c]);
-    ASSERT_EQ(r, 0);
-  }
-  ASSERT_EQ(h.varPutE(out), 0);
-  ASSERT_EQ(h.dsSetLabel(out, label), 0);
-  const std::size_t n = t[0].num.empty() ? t[0].text.size() : t[0].num.size();
-  for (std::size_t r = 0; r < n; ++r) {
-    for (std::size_t c = 0; c < t.size(); ++c) {
-      if (t[c].info.type == VarType::Numeric) num[c] = t[c].num[r];
-      else text[c] = t[c].text[r];
-    }
-    ASSERT_EQ(h.rowPut(out), 0);
-    if (h.dsAdd(out) != 0) return;  // the test hook
-  }
-  ASSERT_EQ(h.dsClose(out), 0);
-}
-
-// Every variable and record of a data set, with the data set's label.
-Table readTable(ProcessHost& h, const std::string& name, std::string* label = nullptr) {
-  Table t;
-  DsHandle in;
-  EXPECT_EQ(h.dsOpen(name, DsMode::Input, &in), 0);
-  if (!in) return t;
-  for (const VarInfo& v : h.dsVars(in)) t.push_back(Column{v, {}, {}});
-  std::vector<double> num(t.size());
-  std::vector<std::string> text(t.size());
-  for (std::size_t c = 0; c < t.size(); ++c) {
-    const int varno = static_cast<int>(c + 1);
-    const int r = t[c].info.type == VarType::Numeric ? h.varGetD(in, varno, &num[c])
-                                                     : h.varGetT(in, varno, &text[c]);
-    EXPECT_EQ(r, 0);
-  }
-  while (h.byNext(in) == 1) {
-    while (h.byGet(in) == 1) {
-      EXPECT_EQ(h.rowGet(in), 0);
-      for (std::size_t c = 0; c < t.size(); ++c) {
-        if (t[c].info.type == VarType::Numeric) t[c].num.push_back(num[c]);
-        else t[c].text.push_back(text[c]);
-      }
-    }
-  }
-  if (label) {
-    DsFacts f;
-    h.dsInfo(in, &f);
-    *label = f.label;
-  }
-  h.dsClose(in);
-  return t;
-}
-
-void expectSame(const Table& got, const Table& want) {
-  ASSERT_EQ(got.size(), want.size());
-  for (std::size_t c = 0; c < want.size(); ++c) {
-    const VarInfo& g = got[c].info;
-    const VarInfo& w = want[c].info;
-    EXPECT_EQ(g.name, w.name);
-    EXPECT_EQ(g.type, w.type) << w.name;
-    EXPECT_EQ(g.format, w.format) << w.name;
-    EXPECT_EQ(g.label, w.label) << w.name;
-    EXPECT_EQ(g.length, w.length) << w.name;
-    EXPECT_EQ(got[c].text, want[c].text) << w.name;
-    ASSERT_EQ(got[c].num.size(), want[c].num.size()) << w.name;
-    for (std::size_t r = 0; r < want[c].num.size(); ++r)
-      EXPECT_EQ(bits(got[c].num[r]), bits(want[c].num[r])) << w.name << " record " << r + 1;
-  }
-}
-
 TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
   Fixture f;
   const Table t = awkwardTable();
   writeTable(*f.host, "lib.first", t, "Awkward values");
   f.host->stepEnd(0);
-  std::string label;
-  const Table back = readTable(*f.host, "lib.first", &label);
-  ASSERT_EQ(back.size(), t.size()) << f.log.str();
-  EXPECT_EQ(label, "Awkward values");
+  DsFacts facts;
+  const Table back = readTable(*f.host, "lib.first", &facts);
+  EXPECT_EQ(facts.label, "Awkward values");
   Table want = t;
   want[4].info.length = 31;  // the widest text, in bytes
   expectSame(back, want);
 
-  writeTable(*f.host, "lib.second", back, label);
+  writeTable(*f.host, "lib.second", back, facts.label);
   f.host->stepEnd(0);
   expectSame(readTable(*f.host, "lib.second"), want);
   f.host->stepEnd(0);
@@ -219,21 +118,15 @@ TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
                                       "stamp||DATETIME19.", "clock||TIME8.",
                                       "say \"what\"; DROP TABLE x;--|Some text|"}));
   EXPECT_EQ(raw.rows("PRAGMA integrity_check"), std::vector<std::string>{"ok"});
-}
 
-// SQLite keeps a REAL zero without its sign: -0 reads back as +0, the one
-// value that does not survive the trip.
-TEST(SqliteDataSet, NegativeZeroComesBackAsZero) {
-  Fixture f;
-  Table t(1);
-  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {-0.0, -0.0}, {}};
-  t[0].num[1] = -1.0;
-  writeTable(*f.host, "lib.z", t);
+  // SQLite keeps a REAL zero without its sign: -0 reads back as +0, the one
+  // value that does not survive the trip.
+  writeTable(*f.host, "lib.z", Table{Column{{"x", "", VarType::Numeric, 8, ""}, {-0.0, -1.0}, {}}});
   f.host->stepEnd(0);
-  const Table back = readTable(*f.host, "lib.z");
-  ASSERT_EQ(back.size(), 1u);
-  EXPECT_EQ(bits(back[0].num[0]), bits(0.0));
-  EXPECT_EQ(back[0].num[1], -1.0);
+  const Table z = readTable(*f.host, "lib.z");
+  ASSERT_EQ(z.size(), 1u);
+  EXPECT_EQ(bits(z[0].num[0]), bits(0.0));
+  EXPECT_EQ(z[0].num[1], -1.0);
 }
 
 // The cells of a CSV file read by both engines: as the CSV engine reads the
@@ -251,10 +144,7 @@ TEST(SqliteDataSet, SameVariablesAndValuesAsCsv) {
   for (const auto& line : cells) {
     for (std::size_t c = 0; c < line.size(); ++c) {
       if (c) csv += ',';
-      const bool quote = line[c].find_first_of(",\"\n") != std::string::npos;
-      std::string cell;
-      for (const char ch : line[c]) cell += ch == '"' ? std::string("\"\"") : std::string(1, ch);
-      csv += quote ? "\"" + cell + "\"" : cell;
+      csvAppendText(csv, line[c]);
     }
     csv += '\n';
   }
