@@ -90,34 +90,41 @@ inline const std::vector<OracleRow>& dateOracle() {
 }
 
 // hand_cases.csv: values worked by hand from a calendar, one case a line,
-// "operation,field,...". A field is read as a date when it looks like
-// 2000-01-31 (a date value), 2000-01-31T13:05:00 (a datetime value), as the
-// missing value when it is "." (".A" and so on for the special ones), else
-// as a number.
+// "operation,field,...". A value is a date when it looks like 2000-01-31, a
+// datetime value when like 2000-01-31T13:05:00, the missing value when "."
+// (".A" and so on for the special ones), else a number.
+inline double value(const std::string& t) {
+  if (t == ".") return kMissing;
+  if (t.size() == 2 && t[0] == '.') return skMissVal(t[1]);
+  if (t.size() < 10 || t[4] != '-' || t[7] != '-') return std::stod(t);
+  const double day = ymd(std::stoi(t.substr(0, 4)), std::stoi(t.substr(5, 2)), std::stoi(t.substr(8, 2)));
+  if (t.size() == 10) return day;
+  return day * kDay + std::stoi(t.substr(11, 2)) * 3600.0 + std::stoi(t.substr(14, 2)) * 60.0 +
+         std::stoi(t.substr(17, 2));
+}
+
+// Both missing, or the same number.
+inline bool same(double got, double want) {
+  if (wzmis(got) || wzmis(want)) return std::bit_cast<std::uint64_t>(got) == std::bit_cast<std::uint64_t>(want);
+  return std::fabs(got - want) <= 1e-9 * std::max(1.0, std::fabs(want));
+}
+
 struct Case {
   std::vector<std::string> f;
   int line = 0;
 
   const std::string& s(std::size_t k) const { return f.at(k); }
   int i(std::size_t k) const { return std::stoi(f.at(k)); }
-  double x(std::size_t k) const {
-    const std::string& t = f.at(k);
-    if (t == ".") return kMissing;
-    if (t.size() == 2 && t[0] == '.') return skMissVal(t[1]);
-    if (t.size() >= 10 && t[4] == '-' && t[7] == '-') {
-      const double day =
-          ymd(std::stoi(t.substr(0, 4)), std::stoi(t.substr(5, 2)), std::stoi(t.substr(8, 2)));
-      if (t.size() == 10) return day;
-      return day * kDay + std::stoi(t.substr(11, 2)) * 3600.0 + std::stoi(t.substr(14, 2)) * 60.0 +
-             std::stoi(t.substr(17, 2));
-    }
-    return std::stod(t);
+  double x(std::size_t k) const { return value(f.at(k)); }
+  // A blank-separated list of values.
+  std::vector<double> xs(std::size_t k) const {
+    std::vector<double> v;
+    std::istringstream in(f.at(k));
+    for (std::string t; in >> t;) v.push_back(value(t));
+    return v;
   }
-  // Two values agree when both are missing or both are the same number.
-  bool same(double got, std::size_t k) const {
-    const double want = x(k);
-    return wzmis(want) ? wzmis(got) != 0 : got == want;
-  }
+  // A missing expected value takes any missing value.
+  bool same(double got, std::size_t k) const { return wzmis(x(k)) ? wzmis(got) != 0 : got == x(k); }
   std::string where() const { return "hand_cases.csv line " + std::to_string(line); }
 };
 

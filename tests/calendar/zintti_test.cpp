@@ -18,10 +18,7 @@ using testing::ymd;
 const double M = kMissing;
 const double D = skMissVal('D');
 
-bool same(double a, double b) {
-  if (wzmis(a) || wzmis(b)) return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
-  return std::fabs(a - b) <= 1e-9 * std::max(1.0, std::fabs(b));
-}
+using testing::same;
 
 TEST(Zinttip, PositionsAgainstHandCounts) {
   // Months from the calendar fields; Sunday weeks from day -5 (1959-12-27).
@@ -89,22 +86,12 @@ TEST(Zinttip, OrderFirstLastAndEdges) {
   EXPECT_EQ(zinttip(month, "B", tid.data(), 1, M, 3, pos, &maxpos, &first, &last), 1);
   EXPECT_EQ(zinttip(month, "B", tid.data(), 0, M, 0, pos, &maxpos, &first, &last), 1);
   EXPECT_TRUE(maxpos == 0 && wzmis(first) && wzmis(last));
-  // {interval, alignment, two time IDs, rc}. The week of the last day ends
-  // past day 6589335, which isn't a Saturday. OBS has no calendar limits:
-  // positions beyond 2^53 and beyond a long.
-  ASSERT_NE(hostWeekday(6589335), 7.0);
-  const std::tuple<const char*, const char*, double, double, int> cases[] = {
-      {"MONTH", "B", ymd(2000, 1, 1), M, -1},   {"MONTH", "B", skMissVal('A'), 0, -1},
-      {"MONTH", "B", -138062, 0, -2},           {"MONTH", "B", -138061, 0, 1},
-      {"MONTH", "B", 0, 6589336, -2},           {"MONTH", "B", 0, 6589335, 1},
-      {"WEEK", "E", 0, 6589335, -2},            {"WEEK", "B", 0, 6589335, 1},
-      {"DTHOUR", "B", -11928470401.0, 0, -2},   {"DTHOUR", "B", 0, 569318630400.0, -2},
-      {"OBS", "B", 0, 1.0e16, -4},              {"OBS", "B", 0, 1.0e19, -3}};
-  for (const auto& [name, align, t0, t1, rc] : cases) {
-    const double two[] = {t0, t1};
-    EXPECT_EQ(zinttip(iv(name), align, two, 2, name[0] == 'O' ? 0 : M, 0, pos, &maxpos, &first, &last), rc)
-        << name << " " << t0 << " " << t1;
+  for (const auto& c : testing::handCases("tip")) {
+    const double two[] = {c.x(3), c.x(4)};
+    const double base = c.s(1) == "OBS" ? 0 : M;
+    EXPECT_EQ(zinttip(iv(c.s(1)), c.s(2).c_str(), two, 2, base, 0, pos, &maxpos, &first, &last), c.i(5)) << c.where();
   }
+  ASSERT_NE(hostWeekday(6589335), 7.0) << "the last week's case needs a last day that isn't a Saturday";
   const INTERVAL custom = testing::customInterval();
   EXPECT_EQ(zinttip(custom, "B", tid.data(), 0, M, 0, pos, nullptr, nullptr, nullptr), 1);
   EXPECT_EQ(zinttip(custom, "B", tid.data(), 2, M, 0, pos, nullptr, nullptr, nullptr), -5);
@@ -115,29 +102,25 @@ TEST(ZinttipErr, MessageNumbers) {
   INTERVAL custom = month;
   custom.intcode = kIntCustom;
   const u_sname var("DATE"), mem("SALES");
-  // {rc, custom, long form, short form}
-  const int cases[][4] = {{-1, 0, 1012, 1032}, {-1, 1, 1012, 1032}, {-2, 1, 1015, 1035}, {-2, 0, 1016, 1036},
-                          {-3, 0, 1004, 1004}, {-4, 1, 1004, 1004}, {-5, 1, 1022, 1042}, {-5, 0, 1020, 1040},
-                          {-6, 0, 1017, 1037}, {-99, 1, 1017, 1037}};
-  for (const auto& c : cases) {
-    const INTERVAL& intv = c[1] ? custom : month;
+  for (const auto& c : testing::handCases("tiperr")) {
+    SCOPED_TRACE(c.where());
+    const INTERVAL& intv = c.i(2) ? custom : month;
     testing::RecordingHost h, s1, s2, s3;
-    EXPECT_EQ(zinttipErr(h, &var, "WORK", &mem, intv, c[0]), 1020);
-    ASSERT_EQ(h.msgs.size(), 1u) << c[0];
-    EXPECT_EQ(h.msgs[0].group * 10000 + h.msgs[0].number, 882 * 10000 + c[2]) << c[0];
-    EXPECT_NE(catalogFind(882, c[2]), nullptr) << c[2];
-    EXPECT_NE(catalogFind(882, c[3]), nullptr) << c[3];
+    EXPECT_EQ(zinttipErr(h, &var, "WORK", &mem, intv, c.i(1)), 1020);
+    ASSERT_EQ(h.msgs.size(), 1u);
+    EXPECT_EQ(h.msgs[0].group * 10000 + h.msgs[0].number, 882 * 10000 + c.i(3));
+    EXPECT_NE(catalogFind(882, c.i(3)), nullptr);
+    EXPECT_NE(catalogFind(882, c.i(4)), nullptr);
     std::string args;
     for (const auto& a : h.msgs[0].args) args += std::get<std::string>(a) + " ";
-    EXPECT_EQ(args, c[2] == 1004 ? "" : "DATE WORK SALES MONTH ") << c[0];
+    EXPECT_EQ(args, c.i(3) == 1004 ? "" : "DATE WORK SALES MONTH ");
     // Any of the three unknown: the short form, without arguments.
-    EXPECT_EQ(zinttipErr(s1, nullptr, "WORK", &mem, intv, c[0]), 1020);
-    EXPECT_EQ(zinttipErr(s2, &var, nullptr, &mem, intv, c[0]), 1020);
-    EXPECT_EQ(zinttipErr(s3, &var, "WORK", nullptr, intv, c[0]), 1020);
+    EXPECT_EQ(zinttipErr(s1, nullptr, "WORK", &mem, intv, c.i(1)), 1020);
+    EXPECT_EQ(zinttipErr(s2, &var, nullptr, &mem, intv, c.i(1)), 1020);
+    EXPECT_EQ(zinttipErr(s3, &var, "WORK", nullptr, intv, c.i(1)), 1020);
     for (const auto* s : {&s1, &s2, &s3}) {
       ASSERT_EQ(s->msgs.size(), 1u);
-      EXPECT_EQ(s->msgs[0].number, c[3]) << c[0];
-      EXPECT_TRUE(s->msgs[0].args.empty());
+      EXPECT_EQ(s->msgs[0].number * 100 + static_cast<int>(s->msgs[0].args.size()), c.i(4) * 100);
     }
   }
   for (int rc : {0, 3}) {  // not below 0: no message
@@ -148,19 +131,16 @@ TEST(ZinttipErr, MessageNumbers) {
 }
 
 TEST(Zinttic, ClassesAndCounts) {
-  // {positions, cells, rc, surplus, gaps, flags a digit a cell}
-  const std::tuple<std::vector<long>, long, int, long, long, std::string> cases[] = {
-      {{1, 2, 3}, 5, 0, 0, 0, "31114"},       {{0, 2}, 3, 1, 0, 1, "101"},
-      {{1, 1, 1, 3}, 5, -1, 2, 1, "32014"},   {{0, 0, 4}, 5, -1, 1, 3, "20001"},
-      {{4, 0, 2, 0}, 5, -1, 1, 2, "20101"},   {{0}, 1, 0, 0, 0, "1"},
-      {{}, 3, 0, 0, 0, "333"}};
-  for (const auto& [pos, nobs, rc, dups, gaps, want] : cases) {
-    std::string flags(static_cast<std::size_t>(nobs), '\0');
+  for (const auto& c : testing::handCases("tic")) {
+    std::vector<long> pos;
+    for (double p : c.xs(1)) pos.push_back(static_cast<long>(p));
+    std::string flags(static_cast<std::size_t>(c.i(2)), '\0');
     long ndups = -1, ngaps = -1;
-    EXPECT_EQ(zinttic(pos.data(), static_cast<long>(pos.size()), nobs, flags.data(), &ndups, &ngaps), rc) << want;
+    EXPECT_EQ(zinttic(pos.data(), static_cast<long>(pos.size()), c.i(2), flags.data(), &ndups, &ngaps), c.i(3))
+        << c.where();
     for (auto& f : flags) f = static_cast<char>('0' + f);
-    EXPECT_EQ(flags + " " + std::to_string(ndups) + " " + std::to_string(ngaps),
-              want + " " + std::to_string(dups) + " " + std::to_string(gaps));
+    EXPECT_EQ(flags + " " + std::to_string(ndups) + " " + std::to_string(ngaps), c.s(6) + " " + c.s(4) + " " + c.s(5))
+        << c.where();
   }
   // A position outside the cells stops at once, counted up to it.
   const long pos[] = {0, 0, 3, 1}, neg[] = {-1};
@@ -169,179 +149,6 @@ TEST(Zinttic, ClassesAndCounts) {
   EXPECT_EQ(zinttic(pos, 4, 3, flags.data(), &ndups, &ngaps), -99);
   EXPECT_EQ(ndups, 1);
   EXPECT_EQ(zinttic(neg, 1, 3, flags.data(), &ndups, &ngaps), -99);
-}
-
-// The value of a cell by ACCUMULATE= code, from its values in the order of
-// the observations, missing ones included, by the definitions.
-double accumulated(int code, const std::vector<double>& all) {
-  std::vector<double> v;
-  std::copy_if(all.begin(), all.end(), std::back_inserter(v), [](double x) { return !wzmis(x); });
-  const auto n = static_cast<double>(v.size());
-  double s = 0, q = 0, c = 0;
-  for (double x : v) {
-    s += x;
-    q += x * x;
-  }
-  for (double x : v) c += (x - s / n) * (x - s / n);
-  if (code >= 11) return code == 11 ? all.size() : code == 12 ? n : all.size() - n;
-  if (v.empty() || (code == 8 && v.size() < 2)) return M;
-  std::sort(v.begin() + (code == 7 ? 0 : v.size()), v.end());
-  const std::size_t k = v.size();
-  const double values[] = {v.size() == 1 ? v[0] : D,        s, s / n, v.front(), v.back(),
-                           *std::min_element(v.begin(), v.end()),
-                           *std::max_element(v.begin(), v.end()),
-                           k % 2 ? v[k / 2] : (v[k / 2 - 1] + v[k / 2]) / 2, std::sqrt(c / (n - 1)), q, c};
-  return values[code];
-}
-
-TEST(Zinttim, EveryCodeAgainstTheDefinitions) {
-  std::mt19937 rng(4242);
-  for (int round = 0; round < 20; ++round) {
-    const long T = 12, start = round % 3 == 0 ? 2 : 0, ntid = 30;
-    std::uniform_int_distribution<long> cell(0, T + 3);  // some outside the cells
-    std::uniform_int_distribution<int> value(-50, 50);
-    std::vector<long> pos(ntid);
-    std::vector<double> y(ntid);
-    std::map<long, std::vector<double>> byCell;
-    for (long i = 0; i < ntid; ++i) {
-      pos[i] = cell(rng);
-      y[i] = value(rng) % 7 == 0 ? M : value(rng) * 0.25;
-      byCell[pos[i]].push_back(y[i]);
-    }
-    for (int code = 0; code <= 13; ++code) {
-      std::vector<double> norm(T, 123.0);
-      ASSERT_EQ(zinttim(pos.data(), ntid, y.data(), 1, start, T, 1, code, norm.data()), 0);
-      for (long t = 0; t < T; ++t) {
-        const double want = accumulated(code, byCell[start + t]);
-        EXPECT_TRUE(same(norm[t], want)) << "code " << code << " cell " << t << " got " << norm[t];
-      }
-    }
-  }
-  // Single cells: {code, values, result}.
-  const std::tuple<int, std::vector<double>, double> cells[] = {
-      {0, {1, 2, 3}, D}, {0, {4, M}, 4},        {8, {3}, M},   {10, {3}, 0},   {8, {2.5, 2.5, 2.5}, 0},
-      {3, {M, 8, 9}, 8}, {4, {8, 9, M}, 9},     {1, {M, M}, M}, {13, {M, 1, M}, 2}};
-  for (const auto& [code, vals, want] : cells) {
-    const std::vector<long> pos(vals.size(), 0);
-    double norm[2] = {-1, -1};
-    ASSERT_EQ(zinttim(pos.data(), static_cast<long>(pos.size()), vals.data(), 1, 0, 2, 1, code, norm), 0);
-    EXPECT_TRUE(same(norm[0], want)) << code << ": " << norm[0];
-    EXPECT_TRUE(same(norm[1], code >= 11 ? 0.0 : M)) << code;  // the empty cell
-  }
-}
-
-TEST(Zinttim, LayoutsRefusalsAndOverflow) {
-  const long pos[] = {0, 1, 1};
-  // Variables a = {1, 2, 4}, b = {10, 20, 40}; TOTAL in either layout.
-  const double rows[] = {1, 10, 2, 20, 4, 40}, cols[] = {1, 2, 4, 10, 20, 40};
-  double nr[4], nc[4];
-  ASSERT_EQ(zinttim(pos, 3, rows, 2, 0, 2, 0, 1, nr), 0);
-  ASSERT_EQ(zinttim(pos, 3, cols, 2, 0, 2, 1, 1, nc), 0);
-  EXPECT_EQ(std::vector<double>(nr, nr + 4), (std::vector<double>{1, 10, 6, 60}));
-  EXPECT_EQ(std::vector<double>(nc, nc + 4), (std::vector<double>{1, 6, 10, 60}));
-  double norm[1];
-  const double y[] = {1, 2};
-  EXPECT_EQ(zinttim(nullptr, 2, y, 1, 0, 1, 1, 1, norm), -99);
-  EXPECT_EQ(zinttim(pos, 0, y, 1, 0, 1, 1, 1, norm), -99);
-  EXPECT_EQ(zinttim(pos, 2, y, 0, 0, 1, 1, 1, norm), -99);
-  EXPECT_EQ(zinttim(pos, 2, y, 1, 0, 0, 1, 1, norm), -99);
-  EXPECT_EQ(zinttim(pos, 2, y, 1, -1, 1, 1, 1, norm), -99);
-  // A sum past half the largest double is refused, not rounded to infinity;
-  // the cell keeps what it held. A value too large to square.
-  const long zero[] = {0, 0};
-  const double big[] = {8e307, 8e307}, wide[] = {2e154};
-  EXPECT_EQ(zinttim(zero, 2, big, 1, 0, 1, 1, 1, norm), -2);
-  EXPECT_EQ(norm[0], 8e307);
-  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 9, norm), -2);
-  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 10, norm), -2);
-  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 1, norm), 0);
-  // One observation at a time: outside the cells, a missing value skipped.
-  const double ym[] = {M, 5};
-  double cells[3] = {M, M, M};
-  long npos[3] = {};
-  EXPECT_EQ(zinttia(7, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
-  EXPECT_EQ(zinttia(0, 0, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 1);
-  EXPECT_EQ(zinttia(1, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
-  EXPECT_TRUE(wzmis(cells[0]) && cells[1] == 5 && npos[1] == 1);
-  // The values of one cell.
-  const long p4[] = {3, 1, 3, 3};
-  const double y4[] = {1, 2, 3, 4};
-  double vec[4] = {};
-  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 3, vec), 3);
-  EXPECT_EQ(std::vector<double>(vec, vec + 3), (std::vector<double>{1, 3, 4}));
-  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 2, vec), 0);
-  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 1, 3, vec), -99);
-  EXPECT_EQ(getvec(nullptr, 4, y4, 1, 1, 0, 3, vec), -99);
-}
-
-TEST(Zinttms, MedianAgainstSorting) {
-  std::mt19937 rng(99);
-  std::uniform_real_distribution<double> u(-1e3, 1e3);
-  for (long n = 1; n <= 40; ++n) {
-    std::vector<double> y(static_cast<std::size_t>(n));
-    for (auto& v : y) v = std::round(u(rng));
-    std::vector<double> sorted = y;
-    std::sort(sorted.begin(), sorted.end());
-    const auto k = static_cast<std::size_t>(n);
-    const double want = n % 2 ? sorted[k / 2] : (sorted[k / 2 - 1] + sorted[k / 2]) / 2;
-    double m = 0;
-    ASSERT_EQ(zinttms(n, y.data(), nullptr, &m), 0);
-    EXPECT_EQ(m, want) << n;
-    // With missing values mixed in and a work vector: y stays as it was.
-    y.insert(y.begin() + n / 2, M);
-    y.push_back(skMissVal('Z'));
-    const std::vector<double> before = y;
-    std::vector<double> work(y.size());
-    ASSERT_EQ(zinttms(static_cast<long>(y.size()), y.data(), work.data(), &m), 0);
-    EXPECT_EQ(m, want) << n;
-    EXPECT_TRUE(std::equal(y.begin(), y.end(), before.begin(), same));
-  }
-  double m = 0, allMiss[] = {M, M}, work[2], extreme[] = {1.7e308, 1.6e308};
-  EXPECT_EQ(zinttms(2, allMiss, work, &m), -1);
-  EXPECT_TRUE(wzmis(m));
-  EXPECT_EQ(zinttms(0, allMiss, work, &m), -99);
-  EXPECT_EQ(zinttms(2, nullptr, work, &m), -99);
-  EXPECT_EQ(zinttms(2, extreme, nullptr, &m), 0);
-  EXPECT_DOUBLE_EQ(m, 1.65e308) << "the mean of the middle pair doesn't overflow";
-}
-
-TEST(Zinttis, EveryCode) {
-  const std::vector<double> y = {M, 4, M, 1, 7, M, 2};
-  // {code, set value, result, value set, rc}: the missing cells are 0, 2, 5.
-  const std::tuple<int, double, std::vector<double>, double, int> cases[] = {
-      {2, 0, {3.5, 4, 3.5, 1, 7, 3.5, 2}, 3.5, 0}, {3, 0, {4, 4, 4, 1, 7, 4, 2}, 4, 0},
-      {4, 0, {2, 4, 2, 1, 7, 2, 2}, 2, 0},         {5, 0, {1, 4, 1, 1, 7, 1, 2}, 1, 0},
-      {6, 0, {7, 4, 7, 1, 7, 7, 2}, 7, 0},         {7, 0, {3, 4, 3, 1, 7, 3, 2}, 3, 1},
-      {9, 0, {M, 4, 4, 1, 7, 7, 2}, 2, 0},         {10, 0, {4, 4, 1, 1, 7, 2, 2}, 4, 0},
-      {100, -8, {-8, 4, -8, 1, 7, -8, 2}, -8, 0},  {0, 0, {0, 4, 0, 1, 7, 0, 2}, 0, 0}};
-  for (const auto& [code, value, want, wantSet, rc] : cases) {
-    for (bool inPlace : {false, true}) {
-      std::vector<double> in = y, out(y.size(), -1);
-      double* dst = inPlace ? in.data() : out.data();
-      double valueset = 0;
-      long numset = 0;
-      EXPECT_EQ(zinttis(in.data(), 7, code, value, dst, &valueset, &numset), rc) << code;
-      EXPECT_TRUE(std::equal(want.begin(), want.end(), dst, same)) << code << " in place " << inPlace;
-      EXPECT_TRUE(same(valueset, wantSet) && numset == 3) << code;
-      if (!inPlace) EXPECT_TRUE(std::equal(y.begin(), y.end(), in.begin(), same)) << "y untouched";
-    }
-  }
-  std::vector<double> tail = {1, M};  // a trailing missing cell stays with NEXT
-  EXPECT_EQ(zinttis(tail.data(), 2, 10, 0, tail.data(), nullptr, nullptr), 0);
-  EXPECT_TRUE(wzmis(tail[1]));
-  double valueset = 5;
-  long numset = 5;
-  for (int code : {2, 3, 4, 5, 6, 9, 10}) {
-    std::vector<double> all = {M, M};
-    EXPECT_EQ(zinttis(all.data(), 2, code, 0, all.data(), &valueset, &numset), 1) << code;
-    EXPECT_TRUE(wzmis(all[0]) && wzmis(all[1]) && wzmis(valueset) && numset == 2) << code;
-  }
-  std::vector<double> all = {M, M};
-  EXPECT_EQ(zinttis(all.data(), 2, 100, 7, all.data(), &valueset, &numset), 1);
-  EXPECT_EQ(all[0], 7);
-  EXPECT_EQ(zinttis(nullptr, 2, 2, 0, all.data(), &valueset, &numset), -1);
-  EXPECT_TRUE(wzmis(valueset) && numset == -1);
-  EXPECT_EQ(zinttis(all.data(), 0, 2, 0, all.data(), nullptr, nullptr), -1);
 }
 
 // The statistics by their definitions: two passes, a sorted median.
@@ -397,6 +204,141 @@ void makeRaw(unsigned seed, long ntid, long cells, bool sorted, std::vector<long
     x.push_back(v(rng) % 5 == 0 ? M : v(rng) * 0.5);
   }
   if (sorted) std::sort(pos.begin(), pos.end());
+}
+
+// The value of a cell by ACCUMULATE= code, from its values in the order of
+// the observations, missing ones included.
+double accumulated(int code, const std::vector<double>& all) {
+  const ZINT_STATS s = direct(all);
+  std::vector<double> v;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(v), [](double x) { return !wzmis(x); });
+  if (code == 0) return v.empty() ? M : v.size() == 1 ? v[0] : D;
+  if (code == 3 || code == 4) return v.empty() ? M : code == 3 ? v.front() : v.back();
+  const double values[] = {0,     s.sum, s.mean, 0,     0,     s.min,
+                           s.max, s.median, s.std, s.uss, s.css, static_cast<double>(s.nobs),
+                           static_cast<double>(s.n), static_cast<double>(s.nmiss)};
+  return values[code];
+}
+
+TEST(Zinttim, EveryCodeAgainstTheDefinitions) {
+  std::vector<long> pos;
+  std::vector<double> y;
+  for (unsigned round = 0; round < 20; ++round) {
+    const long T = 12, start = round % 3 == 0 ? 2 : 0;
+    makeRaw(round, 30, T + 1, false, pos, y);  // some positions past the cells
+    std::map<long, std::vector<double>> byCell;
+    for (std::size_t i = 0; i < pos.size(); ++i) byCell[pos[i]].push_back(y[i]);
+    for (int code = 0; code <= 13; ++code) {
+      std::vector<double> norm(T, 123.0);
+      ASSERT_EQ(zinttim(pos.data(), 30, y.data(), 1, start, T, 1, code, norm.data()), 0);
+      for (long t = 0; t < T; ++t) {
+        const double want = accumulated(code, byCell[start + t]);
+        EXPECT_TRUE(same(norm[t], want)) << "code " << code << " cell " << t << " got " << norm[t];
+      }
+    }
+  }
+  for (const auto& c : testing::handCases("tim")) {
+    const std::vector<double> vals = c.xs(2);
+    const std::vector<long> pos(vals.size(), 0);
+    double norm[2] = {-1, -1};
+    ASSERT_EQ(zinttim(pos.data(), static_cast<long>(pos.size()), vals.data(), 1, 0, 2, 1, c.i(1), norm), 0);
+    EXPECT_TRUE(same(norm[0], c.x(3))) << c.where() << ": " << norm[0];
+    EXPECT_TRUE(same(norm[1], c.i(1) >= 11 ? 0.0 : M)) << c.where();  // the empty cell
+  }
+}
+
+TEST(Zinttim, LayoutsRefusalsAndOverflow) {
+  const long pos[] = {0, 1, 1};
+  // Variables a = {1, 2, 4}, b = {10, 20, 40}; TOTAL in either layout.
+  const double rows[] = {1, 10, 2, 20, 4, 40}, cols[] = {1, 2, 4, 10, 20, 40};
+  double nr[4], nc[4];
+  ASSERT_EQ(zinttim(pos, 3, rows, 2, 0, 2, 0, 1, nr), 0);
+  ASSERT_EQ(zinttim(pos, 3, cols, 2, 0, 2, 1, 1, nc), 0);
+  EXPECT_EQ(std::vector<double>(nr, nr + 4), (std::vector<double>{1, 10, 6, 60}));
+  EXPECT_EQ(std::vector<double>(nc, nc + 4), (std::vector<double>{1, 6, 10, 60}));
+  double norm[1];
+  const double y[] = {1, 2};
+  EXPECT_EQ(zinttim(nullptr, 2, y, 1, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 0, y, 1, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 0, 0, 1, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 1, 0, 0, 1, 1, norm), -99);
+  EXPECT_EQ(zinttim(pos, 2, y, 1, -1, 1, 1, 1, norm), -99);
+  // A sum past half the largest double is refused, not rounded to infinity;
+  // the cell keeps what it held. A value too large to square.
+  const long zero[] = {0, 0};
+  const double big[] = {8e307, 8e307}, wide[] = {2e154};
+  EXPECT_EQ(zinttim(zero, 2, big, 1, 0, 1, 1, 1, norm), -2);
+  EXPECT_EQ(norm[0], 8e307);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 9, norm), -2);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 10, norm), -2);
+  EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, 1, norm), 0);
+  // One observation at a time: outside the cells, a missing value skipped.
+  const double ym[] = {M, 5};
+  double cells[3] = {M, M, M};
+  long npos[3] = {};
+  EXPECT_EQ(zinttia(7, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
+  EXPECT_EQ(zinttia(0, 0, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 1);
+  EXPECT_EQ(zinttia(1, 1, ym, 1, 0, 3, 1, 1, cells, nullptr, npos), 0);
+  EXPECT_TRUE(wzmis(cells[0]) && cells[1] == 5 && npos[1] == 1);
+  // The values of one cell.
+  const long p4[] = {3, 1, 3, 3};
+  const double y4[] = {1, 2, 3, 4};
+  double vec[4] = {};
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 3, vec), 3);
+  EXPECT_EQ(std::vector<double>(vec, vec + 3), (std::vector<double>{1, 3, 4}));
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 0, 2, vec), 0);
+  EXPECT_EQ(getvec(p4, 4, y4, 1, 1, 1, 3, vec), -99);
+  EXPECT_EQ(getvec(nullptr, 4, y4, 1, 1, 0, 3, vec), -99);
+}
+
+// The medians of random sets are checked through getstats below.
+TEST(Zinttms, MedianEdges) {
+  // Missing values skipped, and with a work vector y stays as it was.
+  double y[] = {5, M, -2, 9, skMissVal('Z'), 1}, work[6], m = 0;
+  const std::vector<double> before(y, y + 6);
+  ASSERT_EQ(zinttms(6, y, work, &m), 0);
+  EXPECT_EQ(m, 3.0);
+  EXPECT_TRUE(std::equal(before.begin(), before.end(), y, same));
+  double allMiss[] = {M, M}, extreme[] = {1.7e308, 1.6e308};
+  EXPECT_EQ(zinttms(2, allMiss, work, &m), -1);
+  EXPECT_TRUE(wzmis(m));
+  EXPECT_EQ(zinttms(0, allMiss, work, &m), -99);
+  EXPECT_EQ(zinttms(2, nullptr, work, &m), -99);
+  EXPECT_EQ(zinttms(2, extreme, nullptr, &m), 0);
+  EXPECT_DOUBLE_EQ(m, 1.65e308) << "the mean of the middle pair doesn't overflow";
+}
+
+TEST(Zinttis, EveryCode) {
+  const std::vector<double> y = {M, 4, M, 1, 7, M, 2};
+  for (const auto& c : testing::handCases("tis")) {
+    const std::vector<double> want = c.xs(3);
+    for (bool inPlace : {false, true}) {
+      std::vector<double> in = y, out(y.size(), -1);
+      double* dst = inPlace ? in.data() : out.data();
+      double valueset = 0;
+      long numset = 0;
+      EXPECT_EQ(zinttis(in.data(), 7, c.i(1), c.x(2), dst, &valueset, &numset), c.i(5)) << c.where();
+      EXPECT_TRUE(std::equal(want.begin(), want.end(), dst, same)) << c.where() << " in place " << inPlace;
+      EXPECT_TRUE(same(valueset, c.x(4)) && numset == 3) << c.where();
+      EXPECT_TRUE(inPlace || std::equal(y.begin(), y.end(), in.begin(), same)) << "y untouched";
+    }
+  }
+  std::vector<double> tail = {1, M};  // a trailing missing cell stays with NEXT
+  EXPECT_EQ(zinttis(tail.data(), 2, 10, 0, tail.data(), nullptr, nullptr), 0);
+  EXPECT_TRUE(wzmis(tail[1]));
+  double valueset = 5;
+  long numset = 5;
+  for (int code : {2, 3, 4, 5, 6, 9, 10}) {
+    std::vector<double> all = {M, M};
+    EXPECT_EQ(zinttis(all.data(), 2, code, 0, all.data(), &valueset, &numset), 1) << code;
+    EXPECT_TRUE(wzmis(all[0]) && wzmis(all[1]) && wzmis(valueset) && numset == 2) << code;
+  }
+  std::vector<double> all = {M, M};
+  EXPECT_EQ(zinttis(all.data(), 2, 100, 7, all.data(), &valueset, &numset), 1);
+  EXPECT_EQ(all[0], 7);
+  EXPECT_EQ(zinttis(nullptr, 2, 2, 0, all.data(), &valueset, &numset), -1);
+  EXPECT_TRUE(wzmis(valueset) && numset == -1);
+  EXPECT_EQ(zinttis(all.data(), 0, 2, 0, all.data(), nullptr, nullptr), -1);
 }
 
 TEST(Stats, AgainstTheDefinitions) {
