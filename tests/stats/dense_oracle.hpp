@@ -1,7 +1,7 @@
 // Reference arithmetic for the stats tests: packing by rows of the lower
-// triangle, an inverse by Gauss-Jordan elimination with partial pivoting in
-// long double (independent of the routines under test), and the comparison
-// in digits of agreement against a long double reference.
+// triangle, Gauss-Jordan elimination with partial pivoting in long double
+// (independent of the routines under test), and the comparison in digits of
+// agreement against a long double reference.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <random>
 #include <utility>
 #include <vector>
@@ -30,6 +29,7 @@ inline void expectRel(double got, long double want, double rel, const char* what
 }
 
 using Dense = std::vector<std::vector<double>>;
+using LRow = std::vector<long double>;
 
 inline std::vector<double> pack(const Dense& m) {
   std::vector<double> p;
@@ -38,15 +38,10 @@ inline std::vector<double> pack(const Dense& m) {
   return p;
 }
 
-// Dense inverse by Gauss-Jordan elimination with partial pivoting in long
-// double: the reference the tests compare against.
-inline Dense inverse(const Dense& m) {
-  const std::size_t n = m.size();
-  std::vector<std::vector<long double>> a(n, std::vector<long double>(2 * n, 0.0L));
-  for (std::size_t i = 0; i < n; ++i) {
-    for (std::size_t j = 0; j < n; ++j) a[i][j] = m[i][j];
-    a[i][n + i] = 1.0L;
-  }
+// Reduces the square left part of the rows to the identity; what is left on
+// the right is the solution (the inverse, when the right part started as I).
+inline std::vector<LRow> gaussJordan(std::vector<LRow> a) {
+  const std::size_t n = a.size();
   for (std::size_t c = 0; c < n; ++c) {
     std::size_t piv = c;
     for (std::size_t r = c + 1; r < n; ++r)
@@ -55,14 +50,23 @@ inline Dense inverse(const Dense& m) {
     const long double d = a[c][c];
     for (auto& v : a[c]) v /= d;
     for (std::size_t r = 0; r < n; ++r) {
-      if (r == c) continue;
-      const long double f = a[r][c];
-      for (std::size_t k = 0; k < 2 * n; ++k) a[r][k] -= f * a[c][k];
+      const long double f = r == c ? 0.0L : a[r][c];
+      for (std::size_t k = 0; k < a[r].size(); ++k) a[r][k] -= f * a[c][k];
     }
   }
-  Dense inv(n, std::vector<double>(n));
-  for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < n; ++j) inv[i][j] = static_cast<double>(a[i][n + j]);
+  for (auto& row : a) row.erase(row.begin(), row.begin() + static_cast<long>(n));
+  return a;
+}
+
+inline Dense inverse(const Dense& m) {
+  const std::size_t n = m.size();
+  std::vector<LRow> a(n, LRow(2 * n, 0.0L));
+  for (std::size_t i = 0; i < n; ++i) {
+    std::copy(m[i].begin(), m[i].end(), a[i].begin());
+    a[i][n + i] = 1.0L;
+  }
+  Dense inv;
+  for (const LRow& r : gaussJordan(a)) inv.emplace_back(r.begin(), r.end());
   return inv;
 }
 
@@ -70,9 +74,9 @@ inline Dense inverse(const Dense& m) {
 inline const Dense kSpd3 = {{4, 2, -2}, {2, 10, 4}, {-2, 4, 9}};
 inline const Dense kSpd4 = {{6, 1, 0.5, 2}, {1, 5, -1, 0}, {0.5, -1, 7, 1.5}, {2, 0, 1.5, 8}};
 inline const Dense kHilbert5 = {{1, 1. / 2, 1. / 3, 1. / 4, 1. / 5},
-                         {1. / 2, 1. / 3, 1. / 4, 1. / 5, 1. / 6},
-                         {1. / 3, 1. / 4, 1. / 5, 1. / 6, 1. / 7},
-                         {1. / 4, 1. / 5, 1. / 6, 1. / 7, 1. / 8},
-                         {1. / 5, 1. / 6, 1. / 7, 1. / 8, 1. / 9}};
+                                {1. / 2, 1. / 3, 1. / 4, 1. / 5, 1. / 6},
+                                {1. / 3, 1. / 4, 1. / 5, 1. / 6, 1. / 7},
+                                {1. / 4, 1. / 5, 1. / 6, 1. / 7, 1. / 8},
+                                {1. / 5, 1. / 6, 1. / 7, 1. / 8, 1. / 9}};
 
 }  // namespace qvt::testing_dense
