@@ -4,6 +4,7 @@
 #include <iomanip>
 
 #include "run/missing.hpp"
+#include "statements/keywords.hpp"
 #include "statements/literal.hpp"
 #include "support.hpp"
 
@@ -32,33 +33,13 @@ std::string render(const Program& p) {
   return o.str();
 }
 
-const std::pair<const char*, const char*> kTokens[] = {
-    {"12 0.05 1e-3 1E3 .5 12.", "I:12=12 R:0.05=0.05 R:1e-3=0.001 R:1E3=1000 R:.5=0.5 R:12.=12"},
-    {"'it''s' \"it's\" 'a' x", "Q:it's Q:it's Q:a N:x"},
-    {"'my var'n", "V:my var"},
-    {"'01JAN2020'd '13:30't '13:30:00'T", "D:01JAN2020=21915 T:13:30=48600 T:13:30:00=48600"},
-    {"'01JAN2020:13:30:00'dt", "DT:01JAN2020:13:30:00=1893504600"},  // 21915 * 86400 + 48600
-    {"MONYY7. BEST12.2 $CHAR10. $10. lib.member", "F:MONYY7. F:BEST12.2 F:$CHAR10. F:$10. C:lib.member"},
-    {"( ) , - / : = ;", "( ) , - / : = ;"},
-    {"/* x ; y */ a", "N:a"},
-    {"* a comment; b", "N:b"},
-    {"a; * c d; b", "N:a ; N:b"},
-    {"a * b", "N:a O:* N:b"},
-    {"x=-3 a-3 (0.1 -0.5)", "N:x = I:-3=-3 N:a - I:3=3 ( R:0.1=0.1 R:-0.5=-0.5 )"},
-    {"a--b", "N:a - - N:b"},
-    {"x>1 $ x", "N:x O:> I:1=1 O:$ N:x"},
-    {"_all_ _x1", "N:_all_ N:_x1"},
-    {". .z ._", "M:.=. M:.z=Z M:._=_"},
-    {"abcdefghijabcdefghijabcdefghijab", "N:abcdefghijabcdefghijabcdefghijab"},  // 32 characters
-};
-
 TEST(Scanner, TokenClassesAndValues) {
-  for (auto [input, want] : kTokens) {
+  for (const auto& r : testing::dataRows("tokens.txt", '|')) {
     RecordingHost h;
     Program p;
-    EXPECT_EQ(scanProgram(input, SourcePos{"", 1, 1}, h, p), 0) << input;
-    EXPECT_TRUE(h.msgs.empty()) << input;
-    EXPECT_EQ(render(p), want) << input;
+    EXPECT_EQ(scanProgram(r.at(0), SourcePos{"", 1, 1}, h, p), 0) << r[0];
+    EXPECT_TRUE(h.msgs.empty()) << r[0];
+    EXPECT_EQ(render(p), r.at(1)) << r[0];
   }
 }
 

@@ -1,7 +1,9 @@
 // Every option of the QVT, ID, FORECAST and IDM statements to its flag bit
 // or field, with the value limits (the table is options.csv); data set
-// names, the ID statement, FORECAST lists and repeated options.
+// names, the ID statement, repeated options, and variable lists as written
+// and resolved against the variables of a data set (varlists.txt).
 
+#include "statements/varlist.hpp"
 #include "support.hpp"
 
 namespace qvt {
@@ -175,6 +177,69 @@ TEST(Options, RepeatedOptionWarnsAndTheLastOneStands) {
     EXPECT_DOUBLE_EQ(s.fld[static_cast<std::size_t>(c.field)].number(), c.value);
     for (int f : c.cleared) EXPECT_FALSE(s.given(f)) << f;
   }
+}
+
+VarInfo var(const char* name, VarType t) {
+  VarInfo v;
+  v.name = name;
+  v.type = t;
+  return v;
+}
+
+constexpr VarType N = VarType::Numeric, C = VarType::Character;
+
+const std::vector<VarInfo> kVars = {
+    var("x1", N),  var("x2", N),  var("x3", N),     var("Name", C), var("v01", N),
+    var("v02", N), var("v03", C), var("my var", N), var("z", N),    var("city", C),
+};
+
+VarList parseList(const std::string& list) {
+  testing::Parsed r("qvt; forecast " + list + ";");
+  EXPECT_EQ(r.p.error, 0) << list;
+  return r.p.head.at(1).fld[1].vars();
+}
+
+TEST(VarLists, ResolvedAgainstTheDataSet) {
+  for (const auto& r : testing::dataRows("varlists.txt", '|')) {
+    SCOPED_TRACE(r.at(0));
+    testing::RecordingHost h;
+    std::vector<int> got;
+    const int errors = resolveVarList(parseList(r[0]), kVars, r.at(1) == "N" ? VarNeed::Numeric : VarNeed::Any, h, got);
+    EXPECT_EQ(got, testing::ints(r.at(2)));
+    const std::vector<int> messages = testing::ints(r.at(3));
+    EXPECT_EQ(h.numbers(), messages);
+    // Finding none of a type is a note, not an error.
+    EXPECT_EQ(errors, std::count_if(messages.begin(), messages.end(), [](int m) { return m != kMsgNoneOfType; }));
+    for (std::size_t k = 0; k < h.msgs.size(); ++k) EXPECT_FALSE(h.text(k).empty());
+  }
+  // An empty data set.
+  testing::RecordingHost h;
+  std::vector<int> got{99};
+  EXPECT_EQ(resolveVarList(parseList("_all_ x1"), {}, VarNeed::Any, h, got), 1);
+  EXPECT_TRUE(got.empty());
+  EXPECT_EQ(h.numbers(), (std::vector<int>{kMsgNoneOfType, kMsgVarNotFound}));
+}
+
+TEST(VarLists, KeptAsWritten) {
+  std::string got;
+  for (const auto& it : parseList("a b1-b3 c--d e-numeric-f g-char-h i: _numeric_ _char_ _all_ 'x y'n").items)
+    got += std::to_string(static_cast<int>(it.code)) + " " + it.first + " " + it.last + " " + it.text + "|";
+  EXPECT_EQ(got,
+            "1 a  a|2 b1 b3 b1-b3|3 c d c--d|4 e f e-numeric-f|5 g h g-char-h|6 i  i:|"
+            "7 _numeric_  _numeric_|8 _char_  _char_|9 _all_  _all_|1 x y  'x y'n|");
+  // BY lists: DESCENDING before an item, NOTSORTED anywhere.
+  testing::Parsed by("qvt; by region descending city notsorted;");
+  ASSERT_EQ(by.p.error, 0);
+  const VarList& l = by.p.head.at(0).fld[0].vars();
+  ASSERT_EQ(l.items.size(), 2u);
+  EXPECT_FALSE(l.items[0].descending);
+  EXPECT_TRUE(l.items[1].descending);
+  EXPECT_TRUE(l.notsorted);
+  // Names that are keywords elsewhere are names here.
+  testing::Parsed kw("qvt; by model lead; forecast interval / model=simple;");
+  ASSERT_EQ(kw.p.error, 0);
+  EXPECT_EQ(kw.p.head[0].fld[0].vars().items.at(1).first, "lead");
+  EXPECT_EQ(kw.p.head.at(1).fld[17].text(), "interval");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// From the statements of a step to QVTCOM: what a minimal step leaves, what
-// the options set, the flags derived from PRINT= and PLOT=, BY variables,
-// SORTNAMES, the code tables of names and labels, and the checks that span
-// statements with their messages, return codes and whether the step ends.
+// From the statements of a step to QVTCOM: what a step leaves (the table is
+// facts.txt), BY variables, SORTNAMES, the code tables of names and labels,
+// and the checks that span statements with their messages, return codes and
+// whether the step ends (checks.txt).
 #include <algorithm>
 #include <iomanip>
 #include <map>
@@ -41,6 +41,24 @@ std::string str(std::string s) {
   return s;
 }
 
+std::string printFlags(const QVTCOM& c) {
+  const auto& p = c.print;
+  std::string s;
+  for (char f : {p.all, p.descstats, p.summary, p.estimates, p.forecasts, p.statistics, p.none, p.summaryonly,
+                 p.overallonly, p.performancesummary, p.performanceoverall})
+    s += f ? '1' : '0';
+  return s;
+}
+
+std::string plotFlags(const QVTCOM& c) {
+  const auto& g = c.plot;
+  std::string s;
+  for (char f : {g.all, g.basic, g.errors, g.acf, g.pacf, g.iacf, g.wn, g.corr, g.periodogram, g.spectrum, g.models,
+                 g.levels, g.trends, g.modelforecasts, g.forecasts, g.forecastsonly, g.none, g.seasons})
+    s += f ? '1' : '0';
+  return s;
+}
+
 // Checks the facts of the step named in want ("key=value ...").
 void expectFacts(const QVTCOM& c, const std::string& want) {
   const IDSTMT& i = c.istmt;
@@ -69,7 +87,7 @@ void expectFacts(const QVTCOM& c, const std::string& want) {
       {"fsetmiss", num(f.setmiss.code)}, {"fsetmissval", num(f.setmiss.value)},
       {"fsetmissspec", num(f.setmiss.specified)}, {"fzeromiss", num(f.zeromiss.code)},
       {"repmiss", num(f.replacemissing)}, {"repback", num(f.replaceback)}, {"intermittent", num(f.intermittent)},
-      {"nbackcast", num(f.nbackcast)},
+      {"nbackcast", num(f.nbackcast)}, {"print", printFlags(c)}, {"plot", plotFlags(c)},
   };
   std::istringstream in(want);
   for (std::string w; in >> w;) {
@@ -79,25 +97,25 @@ void expectFacts(const QVTCOM& c, const std::string& want) {
   }
 }
 
-TEST(QvtparsDefaults, MinimalStep) {
+TEST(QvtparsDefaults, FactsOfTheStep) {
+  for (const auto& r : testing::dataRows("facts.txt", '|')) {
+    SCOPED_TRACE(r.at(0));
+    Step s(r[0]);
+    ASSERT_EQ(s.stmts.error, 0) << "the program must parse";
+    ASSERT_FALSE(s.exited);
+    expectFacts(*s.com, r.at(1));
+    if (s.com->istmt.specified) {
+      EXPECT_NE(s.com->id.fcode, 99);  // the CSV's date column carries a date format
+      EXPECT_NE(s.com->outstates.seasons, nullptr);
+    }
+  }
+  // What the minimal step leaves besides.
   Step s("qvt data=sales; forecast sales;");
-  ASSERT_FALSE(s.exited);
   const QVTCOM& c = *s.com;
-  EXPECT_EQ(s.rc, 0);
-  EXPECT_EQ(c.error, 0);
   EXPECT_TRUE(s.host->msgs.empty());
   EXPECT_TRUE(c.cpool && c.dpool);
   EXPECT_EQ(c.nfor, 1);
   ASSERT_EQ(c.nvars, 1);
-  // No ID statement: observation numbers, no cycle, no frame. Without a cycle BEST is BESTN.
-  expectFacts(c,
-              "lead=12 back=0 startsum=1 maxerror=25 nooutall=0 sortnames=0 debug=0 debugd=0 debugx=0 "
-              "specalpha=0.5 specmean=0 request=0 nby=0 specified=0 idvar=0 units=o align=B start=. end=. "
-              "startunits=0 acc=0 accname=NONE setmiss=0 setmissval=. zeromiss=0 userfmt=0 "
-              "model=9 modelspec=0 modelname=BESTN select=3 selname=RMSE use=1 usename=PREDICT trans=0 "
-              "transname=NONE____ parm=0 median=0 alpha=0.05 holdout=0 holdoutpct=0 siglevel=0.01 stnone=0 "
-              "facc=0 fsetmiss=0 fsetmissval=. fsetmissspec=0 fzeromiss=0 repmiss=0 repback=0 intermittent=2 "
-              "nbackcast=-1");
   EXPECT_LT(c.istmt.nseasons, 2);
   EXPECT_EQ(c.fstmt[0].model.label.str(), label(1021));
   EXPECT_EQ(c.fstmt[0].use.label.str(), label(1401));
@@ -114,102 +132,8 @@ TEST(QvtparsDefaults, MinimalStep) {
   EXPECT_EQ(c.vars[0].name.str(), "sales");
   EXPECT_EQ(c.vars[0].fstmt, &c.fstmt[0]);
   EXPECT_EQ(c.outsum.maxlen, 5);
-}
-
-TEST(QvtparsDefaults, OptionsReachTheirFields) {
-  const struct {
-    const char* program;
-    const char* facts;
-  } cases[] = {
-      {"qvt data=sales lead=0; id date interval=month; forecast sales;",
-       // A cycle: BEST stays. LEAD=0: nothing to sum.
-       "specified=1 idvar=1 idname=date interval=month intcode=45 seasonality=12 nseasons=12 format=MONYY fmtw=7 "
-       "fmtstr=MONYY7. time=0 lead=0 startsum=0 model=8"},
-      {"qvt data=sales lead=6 back=2 maxerror=3 startsum=4 seasonality=4 nooutall sortnames printdetails debugd "
-       "plot=spectrum(alpha=0.2 center=yes);"
-       "id date interval=week align=end accumulate=total setmissing=7.5 zeromiss=both notsorted format=date9.;"
-       "forecast sales / model=linear criterion=mape use=upper transform=boxcox(0.5) alpha=0.1 holdout=3 "
-       "holdoutpct=25 seasontest=(siglevel=0.05) median replacemissing replaceback setmissing=previous "
-       "zeromiss=left nbackcast=4;",
-       "lead=6 back=2 maxerror=3 startsum=4 seasonality=4 nseasons=4 scode53=0 nooutall=1 sortnames=1 details=1 "
-       "debug=1 debugd=1 debugx=0 specalpha=0.2 specmean=1 plotspec=1 align=E acc=1 accname=TOTAL setmiss=100 "
-       "setmissval=7.5 zeromiss=3 notsorted=1 userfmt=1 format=DATE fmtw=9 fmtstr=DATE9. "
-       "model=2 modelspec=1 select=43 selname=MAPE use=3 trans=4 transname=BOXCOX__ parm=0.5 median=1 alpha=0.1 "
-       "holdout=3 holdoutpct=0.25 siglevel=0.05 repmiss=1 repback=1 facc=1 fsetmiss=9 fsetmissval=. "
-       "fsetmissspec=1 fzeromiss=1 nbackcast=4"},
-      // The FORECAST statement takes the ID statement's frame options.
-      {"qvt data=sales; id date interval=month accumulate=average setmissing=5 zeromiss=right; forecast sales;",
-       "facc=2 faccspec=1 fsetmiss=100 fsetmissval=5 fsetmissspec=1 fzeromiss=2"},
-      {"qvt data=sales seasonality=52; id date interval=week; forecast sales;", "scode53=-1"},
-      {"qvt data=sales seasonality=52; id date interval=day; forecast sales;", "scode53=0"},
-      {"qvt data=sales; id date interval=dtmonth; forecast sales;", "time=1"},
-      {"qvt data=sales lead=100000000; forecast sales;", "lead=100000000"},
-      // A format without width takes its default width: DATE7. is ddMONyy.
-      {"qvt data=sales; id date interval=month format=date.; forecast sales;", "userfmt=1 fmtw=7 format=DATE"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.program);
-    Step s(c.program);
-    ASSERT_EQ(s.stmts.error, 0) << "the program must parse";
-    ASSERT_FALSE(s.exited);
-    expectFacts(*s.com, c.facts);
-    if (s.com->istmt.specified) {
-      EXPECT_NE(s.com->id.fcode, 99);  // the CSV's date column carries a date format
-      EXPECT_NE(s.com->outstates.seasons, nullptr);
-    }
-  }
   Step best("qvt data=sales; id date interval=month; forecast sales;");
   EXPECT_EQ(best.com->fstmt[0].model.label.str(), label(1020));
-}
-
-std::string printFlags(const QVTCOM& c) {
-  const auto& p = c.print;
-  std::string s;
-  for (char f : {p.all, p.descstats, p.summary, p.estimates, p.forecasts, p.statistics, p.none, p.summaryonly,
-                 p.overallonly, p.performancesummary, p.performanceoverall})
-    s += f ? '1' : '0';
-  return s;
-}
-
-std::string plotFlags(const QVTCOM& c) {
-  const auto& g = c.plot;
-  std::string s;
-  for (char f : {g.all, g.basic, g.errors, g.acf, g.pacf, g.iacf, g.wn, g.corr, g.periodogram, g.spectrum, g.models,
-                 g.levels, g.trends, g.modelforecasts, g.forecasts, g.forecastsonly, g.none, g.seasons})
-    s += f ? '1' : '0';
-  return s;
-}
-
-TEST(QvtparsDefaults, DerivedPrintAndPlotFlags) {
-  const struct {
-    const char* opts;
-    // all descstats summary estimates forecasts statistics none summaryonly overallonly performancesummary
-    // performanceoverall
-    const char* print;
-    // all basic errors acf pacf iacf wn corr periodogram spectrum models levels trends modelforecasts
-    // forecasts forecastsonly none seasons
-    const char* plot;
-  } cases[] = {
-      {"", "00000010000", "000000000000000010"},
-      {"print=all", "11111100000", "000000000000000010"},
-      {"print=summary", "00100001000", "000000000000000010"},
-      {"print=(summary forecasts)", "00101000000", "000000000000000010"},
-      {"print=performancesummary back=1", "00000001010", "000000000000000010"},
-      // Without BY the overall table is the summary table.
-      {"print=performanceoverall back=1", "00000001010", "000000000000000010"},
-      {"print=internal", "00000000000", "000000000000000010"},
-      {"plot=all", "00000010000", "101111101111111100"},  // seasons left out: no cycle here
-      {"plot=basic", "00000010000", "011000010000010000"},
-      {"plot=(acf wn)", "00000010000", "000100100000000000"},
-      {"print=performanceoverall back=1; by store", "00000000101", "000000000000000010"},
-      {"plot=all; id date interval=month", "00000010000", "101111101111111101"},
-  };
-  for (const auto& c : cases) {
-    Step s(std::string("qvt data=sales ") + c.opts + "; forecast sales;");
-    ASSERT_FALSE(s.exited) << c.opts;
-    EXPECT_EQ(printFlags(*s.com), c.print) << c.opts;
-    EXPECT_EQ(plotFlags(*s.com), c.plot) << c.opts;
-  }
 }
 
 TEST(QvtparsDefaults, ByVariablesInOrderWithDescending) {
@@ -284,41 +208,136 @@ TEST(QvtparsDefaults, DebugOptionSetsTheTraceFlags) {
 // The name tables agree with the tables the grammar is made from, and every
 // label the statements hand out has a catalogue row.
 TEST(QvtparsCodes, NamesLabelsAndUnknownCodes) {
-  auto trimmed = [](std::string_view s) { return s.substr(0, s.find_last_not_of(' ') + 1); };
-  for (const CodeName& c : kModelCodes) EXPECT_EQ(codeLabel(kModelLabels, kModelUnknown, c.code).name, c.name);
-  for (const CodeName& c : kCriterionCodes)
-    EXPECT_EQ(codeLabel(kCriterionLabels, kCriterionUnknown, c.code).name, c.name);
-  for (const CodeName& c : kUseCodes) EXPECT_EQ(codeLabel(kUseLabels, kUseUnknown, c.code).name, c.name);
-  for (const CodeName& c : kTransformCodes)
-    EXPECT_EQ(trimmed(codeLabel(kTransformLabels, kTransformUnknown, c.code).name), c.name);
-  for (const CodeName& c : kAccumulateCodes)
-    EXPECT_EQ(codeLabel(kAccumulateLabels, kAccumulateUnknown, c.code).name, c.name);
+  auto agree = [](const auto& codes, const auto& labels, const CodeLabel& unknown, bool labelled) {
+    for (const CodeName& c : codes) {
+      const std::string_view name = codeLabel(labels, unknown, c.code).name;
+      EXPECT_EQ(name.substr(0, name.find_last_not_of(' ') + 1), c.name);
+    }
+    for (const CodeLabel& r : labels) EXPECT_TRUE(!labelled || !label(r.label).empty()) << r.label;
+  };
+  agree(kModelCodes, kModelLabels, kModelUnknown, true);
+  agree(kCriterionCodes, kCriterionLabels, kCriterionUnknown, false);
+  agree(kUseCodes, kUseLabels, kUseUnknown, true);
+  agree(kTransformCodes, kTransformLabels, kTransformUnknown, true);
+  agree(kAccumulateCodes, kAccumulateLabels, kAccumulateUnknown, false);
   EXPECT_EQ(std::size(kCriterionLabels), std::size(kCriterionCodes));
-  for (const CodeLabel& r : kModelLabels) EXPECT_FALSE(label(r.label).empty()) << r.label;
-  for (const CodeLabel& r : kUseLabels) EXPECT_FALSE(label(r.label).empty()) << r.label;
-  for (const CodeLabel& r : kTransformLabels) EXPECT_FALSE(label(r.label).empty()) << r.label;
-  for (int n : {1099, 1499, 1599}) EXPECT_FALSE(label(n).empty()) << n;
 
+  using Lookup = int (*)(QVTCOM*, int, u_sname*, u_slabel*);
+  const struct {
+    Lookup fn;
+    int code, result;
+    const char* name;
+    int label;  // catalogue number of the label, or 0
+  } lookups[] = {
+      {qvtpmdl, 12, -1, "UNKNOWN", 1099}, {qvtptrn, 10, 0, "AUTO", 0},     {qvtptrn, 5, -1, "UNKNOWN", 1599},
+      {qvtpuse, 0, 0, "NONE", 0},         {qvtpuse, 7, -1, "UNKNOWN", 1499}, {qvtpsel, 11, 0, "ADJ_RSQ", 0},
+      {qvtpsel, 6, -1, "UNKNOWN", 0},       {qvtpacc, 8, 0, "STD", 0},       {qvtpacc, 14, -1, "UNKNOWN", 0},
+  };
   Step s("qvt data=sales; forecast sales;");
-  QVTCOM* com = s.com.get();
-  u_sname name;
-  u_slabel lab;
-  EXPECT_EQ(qvtpmdl(com, 12, &name, &lab), -1);
-  EXPECT_EQ(name.str(), "UNKNOWN");
-  EXPECT_EQ(lab.str(), label(1099));
-  EXPECT_EQ(qvtptrn(com, 10, &name, nullptr), 0);
-  EXPECT_EQ(name.str(), "AUTO");
-  EXPECT_EQ(qvtptrn(com, 5, &name, &lab), -1);
-  EXPECT_EQ(lab.str(), label(1599));
-  EXPECT_EQ(qvtpuse(com, 0, &name, &lab), 0);
-  EXPECT_EQ(name.str(), "NONE");
-  EXPECT_EQ(qvtpsel(com, 11, &name, nullptr), 0);
-  EXPECT_EQ(name.str(), "ADJ_RSQ");
-  EXPECT_EQ(qvtpsel(com, 6, &name, nullptr), -1);
-  EXPECT_EQ(qvtpacc(com, 8, &name, nullptr), 0);
-  EXPECT_EQ(name.str(), "STD");
-  EXPECT_EQ(qvtpacc(com, 14, &name, nullptr), -1);
-  EXPECT_EQ(name.str(), "UNKNOWN");
+  for (const auto& c : lookups) {
+    u_sname name;
+    u_slabel lab;
+    EXPECT_EQ(c.fn(s.com.get(), c.code, &name, &lab), c.result) << c.code;
+    EXPECT_EQ(name.str(), c.name) << c.code;
+    if (c.label) {
+      EXPECT_EQ(lab.str(), label(c.label)) << c.code;
+    }
+  }
+}
+
+TEST(QvtparsChecks, MessagesAndRc) {
+  const auto rows = testing::dataRows("checks.txt", '|');
+  EXPECT_GT(rows.size(), 30u);
+  for (const auto& r : rows) {
+    ASSERT_EQ(r.size(), 6u);
+    const std::string text = r[0].starts_with("qvt") ? r[0] : "qvt data=sales" + r[0];
+    SCOPED_TRACE(text);
+    Step s(text);
+    const int group = std::stoi(r[1]);
+    EXPECT_EQ(s.host->numbers(group), testing::ints(r[2]));
+    std::string args;
+    for (const auto& m : s.host->msgs)
+      if (m.group == group) args += (args.empty() ? "" : ",") + (m.args.empty() ? "" : argText(m.args[0]));
+    if (r[3] != "-") {
+      EXPECT_EQ(args, r[3]);
+    }
+    EXPECT_EQ(s.rc, std::stoi(r[4]));
+    EXPECT_EQ(s.exited, r[5] == "1");
+    if (!s.exited) {
+      EXPECT_EQ(s.com->error, 0);
+    }
+  }
+}
+
+// What the checks leave behind when the run goes on.
+TEST(QvtparsChecks, SwitchedOffOutputsAreNotOpened) {
+  Step s("qvt data=sales print=(seasons trends) outseason=os outtrend=ot; forecast sales;");
+  ASSERT_FALSE(s.exited);
+  EXPECT_FALSE(s.com->ds.outseason.fileid);
+  EXPECT_FALSE(s.com->ds.outtrend.fileid);
+  EXPECT_EQ(s.com->print.seasons + s.com->print.trends + s.com->trend.request, 0);
+  // One 3011 and one 3014, each followed by both of its consequences.
+  EXPECT_EQ(s.host->numbers(743), (std::vector<int>{3011, 3012, 3013, 3014, 3015, 3016}));
+  // With accumulation and a cycle both are opened; every statement accumulating accumulates the run.
+  Step both("qvt data=sales outtrend=ot outseason=os; id date interval=month; forecast sales / accumulate=total; "
+            "forecast units / accumulate=average;");
+  EXPECT_TRUE(both.host->numbers(743).empty());
+  EXPECT_EQ(both.com->istmt.acc.code, 100);
+  EXPECT_EQ(both.com->trend.request, 3);
+  EXPECT_TRUE(both.com->ds.outtrend.fileid);
+  EXPECT_TRUE(both.com->ds.outseason.fileid);
+}
+
+TEST(QvtparsChecks, SeasonalModelStatementKeepsNoVariables) {
+  Step s("qvt data=sales; forecast sales price / model=winters; forecast units;");
+  ASSERT_EQ(s.com->nvars, 1);
+  EXPECT_EQ(s.com->vars[0].name.str(), "units");
+  EXPECT_EQ(s.com->vars[0].fstmt, &s.com->fstmt[1]);
+  // Left out by the model, not by a repeat: no count at the end.
+  EXPECT_EQ(s.host->numbers(743), (std::vector<int>{3006, 3007}));
+}
+
+TEST(QvtparsChecks, FrameNoteCountsPeriods) {
+  Step s("qvt data=sales; id date interval=month start='01JAN2020'd end='15DEC2020'd; forecast sales;");
+  ASSERT_FALSE(s.exited);
+  const testing::Logged* m = s.host->find(743, 3025);
+  ASSERT_NE(m, nullptr);
+  ASSERT_EQ(m->args.size(), 4u);
+  // January to December, both counted.
+  EXPECT_EQ(argText(m->args[0]) + " " + argText(m->args[1]) + " " + argText(m->args[3]), "JAN2020 DEC2020 MONYY7.");
+  EXPECT_EQ(std::get<long long>(m->args[2]), 12);
+  EXPECT_EQ(s.com->istmt.start, 21915.0);  // 2020-01-01 in days from 1960-01-01
+  EXPECT_EQ(s.com->istmt.startunits, 'd');
+  EXPECT_EQ(s.rc, 0);
+}
+
+TEST(QvtparsChecks, OutputOrMemoryThatCantBeHadEndsTheStep) {
+  Step s("qvt data=sales outfor='/nonexistent-qvt-folder/f.csv' outest=e; forecast sales;");
+  EXPECT_FALSE(s.host->numbers(900).empty());
+  EXPECT_EQ(s.rc, 2000);
+  EXPECT_TRUE(s.exited);
+  // Room for the pools but not for a statement record of a few kilobytes.
+  Step m("qvt data=sales; forecast sales;", {}, true, 1024);
+  EXPECT_NE(m.host->find(900, 70), nullptr);  // the host's out-of-memory note
+  EXPECT_EQ(m.rc, 1016);
+  EXPECT_TRUE(m.exited);
+}
+
+TEST(QvtparsChecks, LeadAboveTheLimitWithoutExitNotesAndClips) {
+  Step s("qvt data=sales; forecast sales;");
+  STLIST f;
+  f.type = 1;
+  f.mode = StMode::Number;
+  f.v = 3e9;
+  int lead = 0;
+  EXPECT_EQ(qvtGetLEAD(s.com.get(), &f, 12, 0, &lead), -1);
+  EXPECT_EQ(lead, 100000000);
+  const testing::Logged* m = s.host->find(773, 101);
+  ASSERT_NE(m, nullptr);
+  EXPECT_EQ(std::get<long long>(m->args[0]), 3000000000LL);
+  EXPECT_EQ(std::get<long long>(m->args[1]), 100000000);
+  EXPECT_EQ(qvtGetLEAD(s.com.get(), nullptr, 7, 1, &lead), 0);
+  EXPECT_EQ(lead, 7);
 }
 
 }  // namespace

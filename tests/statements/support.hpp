@@ -8,15 +8,12 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <set>
 #include <sstream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "host/catalog.hpp"
 #include "host/process_host.hpp"
-#include "statements/keywords.hpp"
 #include "statements/messages.hpp"
 #include "statements/parser.hpp"
 #include "statements/qvtpars.hpp"
@@ -90,6 +87,14 @@ inline std::vector<std::vector<std::string>> dataRows(const std::string& file, c
     rows.back().push_back(line.substr(at));
   }
   return rows;
+}
+
+// Space-separated numbers.
+inline std::vector<int> ints(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<int> v;
+  for (int n; in >> n;) v.push_back(n);
+  return v;
 }
 
 inline std::string argText(const MsgArg& a) {
