@@ -1,8 +1,9 @@
-// Independent oracles for the trend and seasonal smoothing models: the
-// recursions written here from their published forms (error-correction
+// Independent oracles for the smoothing models: the recursions written here
+// from their published forms (Brown 1959 simple smoothing, error-correction
 // form of Holt 1957 and Gardner 1985, Brown's 1963 two smoothed series,
 // Winters 1960), not by calling the kernels; simulators of each model;
-// and ordinary least squares solved by Gaussian elimination.
+// ordinary least squares solved by Gaussian elimination; and a small owner
+// of a driver record.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@
 
 #include "calendar/interval.hpp"
 #include "run/missing.hpp"
+#include "smoothing/esmdivide.hpp"
 #include "smoothing/esmest.hpp"
 #include "smoothing/esmfor.hpp"
 #include "smoothing/esmkset.hpp"
@@ -25,7 +27,30 @@
 #include "smoothing/zwin.hpp"
 #include "stats/numeric.hpp"
 
-namespace qvt::oracle {
+namespace qvt {
+
+constexpr double kZ975 = 1.959963984540054;  // standard normal 0.975 quantile (published tables)
+
+// Owns a record made by esmint and a copy of its series, which the record
+// points to.
+struct Model {
+  std::vector<double> y;
+  WINMODEL* m = nullptr;
+  int rc = 0;
+  Model(const double* x, long n, int method, int ns = 0, long nbackcast = 0,
+        const INTERVAL* intv = nullptr, double stdate = 0.0)
+      : y(x, x + n) {
+    const INTERVAL none{};
+    rc = esmint(y.data(), n, intv ? intv : &none, stdate, ns, 0, method, nbackcast, &m);
+  }
+  explicit Model(const std::vector<double>& v, int method = kEsmSimple, int ns = 0)
+      : Model(v.data(), static_cast<long>(v.size()), method, ns) {}
+  ~Model() { esmtrm(m); }
+  Model(const Model&) = delete;
+  Model& operator=(const Model&) = delete;
+};
+
+namespace oracle {
 
 struct State {
   double L = 0;
@@ -38,16 +63,15 @@ struct State {
 inline double step(int method, const double* w, State& s, double x, int sc, bool flagged) {
   const double om = w[0];
   switch (method) {
-    case kEsmLinear: {
-      const double g = w[1];
-      const double pred = s.L + s.T;
-      const double a = flagged ? 0.0 : x - pred;
-      s.L = s.L + s.T + om * a;
-      s.T = s.T + om * g * a;
+    case kEsmSimple: {
+      const double pred = s.L;
+      if (!flagged) s.L += om * (x - pred);
       return pred;
     }
+    case kEsmLinear:
     case kEsmDampTrend: {
-      const double g = w[1], phi = w[2];
+      const double g = w[1];
+      const double phi = method == kEsmLinear ? 1.0 : w[2];
       const double pred = s.L + phi * s.T;
       const double a = flagged ? 0.0 : x - pred;
       s.L = s.L + phi * s.T + om * a;
@@ -68,45 +92,32 @@ inline double step(int method, const double* w, State& s, double x, int sc, bool
       s.T = om / (1 - om) * (n1 - n2);
       return pred;
     }
-    case kEsmSeasonal: {
-      const double dl = w[1];
-      double& f = s.S[static_cast<std::size_t>(sc)];
-      const double pred = s.L + f;
-      const double a = flagged ? 0.0 : x - pred;
-      s.L += om * a;
-      f += dl * (1 - om) * a;
-      return pred;
-    }
+    case kEsmSeasonal:
     case kEsmAddWinters: {
-      const double g = w[1], dl = w[2];
+      const bool trend = method == kEsmAddWinters;
+      const double dl = trend ? w[2] : w[1];
+      const double T = trend ? s.T : 0.0;
       double& f = s.S[static_cast<std::size_t>(sc)];
-      const double pred = s.L + s.T + f;
+      const double pred = s.L + T + f;
       const double a = flagged ? 0.0 : x - pred;
-      s.L = s.L + s.T + om * a;
-      s.T += om * g * a;
+      s.L = s.L + T + om * a;
+      if (trend) s.T += om * w[1] * a;
       f += dl * (1 - om) * a;
       return pred;
     }
-    case kEsmMultSeasonal: {
-      const double dl = w[1];
-      double& f = s.S[static_cast<std::size_t>(sc)];
-      const double pred = s.L * f;
-      if (flagged) return pred;
-      const double L1 = om * x / f + (1 - om) * s.L;
-      f = dl * x / L1 + (1 - dl) * f;
-      s.L = L1;
-      return pred;
-    }
+    case kEsmMultSeasonal:
     case kEsmWinters: {
-      const double g = w[1], dl = w[2];
+      const bool trend = method == kEsmWinters;
+      const double dl = trend ? w[2] : w[1];
+      const double T = trend ? s.T : 0.0;
       double& f = s.S[static_cast<std::size_t>(sc)];
-      const double pred = (s.L + s.T) * f;
+      const double pred = (s.L + T) * f;
       if (flagged) {
-        s.L += s.T;
+        s.L += T;
         return pred;
       }
-      const double L1 = om * x / f + (1 - om) * (s.L + s.T);
-      s.T = g * (L1 - s.L) + (1 - g) * s.T;
+      const double L1 = om * x / f + (1 - om) * (s.L + T);
+      if (trend) s.T = w[1] * (L1 - s.L) + (1 - w[1]) * s.T;
       f = dl * x / L1 + (1 - dl) * f;
       s.L = L1;
       return pred;
@@ -118,20 +129,9 @@ inline double step(int method, const double* w, State& s, double x, int sc, bool
 // The turn at the end of the backward half: one more step with no data
 // (to the period before the first observation), and the trend reversed.
 inline void turn(int method, const double* w, State& s) {
-  switch (method) {
-    case kEsmLinear:
-    case kEsmDouble:
-    case kEsmAddWinters:
-    case kEsmWinters:
-      s.L += s.T;
-      s.T = -s.T;
-      break;
-    case kEsmDampTrend:
-      s.L += w[2] * s.T;
-      s.T = -w[2] * s.T;
-      break;
-    default: break;
-  }
+  const double phi = method == kEsmDampTrend ? w[2] : 1.0;
+  s.L += phi * s.T;
+  s.T = -phi * s.T;
 }
 
 struct Pass {
@@ -164,6 +164,16 @@ inline Pass pass(int method, const double* w, const std::vector<double>& x,
   return p;
 }
 
+// Mean squared one-step error of simple smoothing, backcast from the last
+// value (no flagged values); the predictions go to pred when asked.
+inline double simpleMse(const std::vector<double>& x, double w, std::vector<double>* pred = nullptr) {
+  State s;
+  s.L = x.back();
+  const Pass p = pass(kEsmSimple, &w, x, std::vector<char>(x.size(), 0), {}, s);
+  if (pred) *pred = p.pred;
+  return p.ss / static_cast<double>(p.nobs);
+}
+
 // Season codes 1..s repeating, as codes 0..s-1 starting at first.
 inline std::vector<int> codes(std::size_t n, int ns, int first = 0) {
   std::vector<int> c(n);
@@ -190,6 +200,19 @@ inline std::vector<double> simulate(int method, const double* w, std::size_t n, 
     y.push_back(v);
   }
   return y;
+}
+
+// Simple smoothing is optimal for x_t = l_(t-1) + e_t, l_t = l_(t-1) + alpha e_t.
+inline std::vector<double> simple(double alpha, std::size_t n, unsigned seed, double level = 100) {
+  std::mt19937_64 gen(seed);
+  std::normal_distribution<double> nd(0.0, 1.0);
+  std::vector<double> x(n);
+  for (auto& v : x) {
+    const double e = nd(gen);
+    v = level + e;
+    level += alpha * e;
+  }
+  return x;
 }
 
 // Least squares by the normal equations, solved by Gaussian elimination
@@ -219,4 +242,5 @@ inline std::vector<double> ols(const std::vector<std::vector<double>>& X,
   return b;
 }
 
-}  // namespace qvt::oracle
+}  // namespace oracle
+}  // namespace qvt

@@ -1,15 +1,76 @@
-// Start values of the seasonal and trend members against least squares
+// Start values of the trend and seasonal members against least squares
 // solved here by Gaussian elimination, on small series with flagged
-// observations; damped-trend and double-smoothing edge cases.
+// observations; Holt's step by hand and the stability regions; damped-trend,
+// double-smoothing and multiplicative edge cases.
 
 #include "model_oracle.hpp"
 
 namespace qvt {
 namespace {
 
+TEST(Zes2Pnt, HandWorkedStepsAndGuards) {
+  struct Case {
+    double L, T, w, g, x, xscale;
+    int rc;
+    double xhat, e, L1, T1;
+  } cases[] = {
+      // xhat = 12, e = -1, L' = .5*12 + .5*13 = 12.5, T' = .8*2 + .2*(12.5-10) = 2.1
+      {10, 2, 0.5, 0.2, 13, 1e3, 0, 12, -1, 12.5, 2.1},
+      {0, 1, 1.0, 0.5, 4, 1e3, 0, 1, -3, 4, 2.5},      // w = 1: the level jumps to x
+      {5, -1, 0.0, 0.3, 100, 1e3, 0, 4, -96, 4, -1},   // w = 0: the line goes on
+      {-5e4, 0, 0.3, 0.1, 1, 1, 0, -5e4, -50001, -34999.7, 1500.03},  // the scale test is one-sided
+      {2e152, 0, 0.3, 0.1, 1, 1e300, -9, 0, 0, 0, 0},
+      {0, -2e152, 0.3, 0.1, 1, 1e300, -9, 0, 0, 0, 0},
+      {5, 6, 0.3, 0.1, 1, 1e-3, -9, 0, 0, 0, 0},
+      {kMissing, 0, 0.3, 0.1, 1, 1, -9, 0, 0, 0, 0},
+  };
+  for (const auto& c : cases) {
+    double L = c.L, T = c.T, xhat = 0, e = 0;
+    ASSERT_EQ(zes2pnt(c.x, c.xscale, c.w, c.g, &L, &T, &xhat, &e), c.rc) << c.L;
+    if (c.rc < 0) {
+      EXPECT_TRUE(wzmis(L) && wzmis(T)) << c.L;
+    } else {
+      EXPECT_NEAR(xhat, c.xhat, 1e-9);
+      EXPECT_NEAR(e, c.e, 1e-9);
+      EXPECT_NEAR(L, c.L1, 1e-9);
+      EXPECT_NEAR(T, c.T1, 1e-9);
+    }
+  }
+}
+
+TEST(Zes2Svi, AgainstLeastSquaresWithFlags) {
+  struct Case {
+    std::vector<double> x;
+    std::vector<char> flag;
+    int stflg, rc;
+    double level;
+  } cases[] = {
+      {{1, 3, 2, 6, 5, 9}, {0, 0, 0, 0, 0, 0}, 1, 0, 9},
+      {{1, 3, 2, 6, 5, 9, 4}, {0, 1, 0, 0, 1, 0, 1}, 1, 0, 9},
+      {{4, 7, 1, 8}, {0, 0, 0, 0}, 0, 0, 8},  // stflg 0: trend 0
+      {{5}, {0}, 1, -2, 0},
+      {{5, 6, 7}, {0, 1, 1}, 1, -2, 0},
+  };
+  for (const auto& c : cases) {
+    double L = 0, T = 0;
+    const long n = static_cast<long>(c.x.size());
+    ASSERT_EQ(zes2svi(c.x.data(), c.flag.data(), n, c.stflg, &L, &T), c.rc);
+    if (c.rc < 0) continue;
+    EXPECT_EQ(L, c.level);
+    std::vector<std::vector<double>> X;
+    std::vector<double> y;
+    for (long t = 0; t < n; ++t) {
+      if (c.flag[static_cast<std::size_t>(t)]) continue;
+      X.push_back({1.0, static_cast<double>(t + 1)});
+      y.push_back(c.x[static_cast<std::size_t>(t)]);
+    }
+    EXPECT_NEAR(T, c.stflg ? -oracle::ols(X, y)[1] : 0.0, 1e-12);  // backward: minus the slope
+  }
+}
+
 // y on time t = 1..n and one dummy per season (no constant): returns the
 // slope and the season intercepts, seasons counted from x[0].
-std::vector<double> dummyFit(const std::vector<double>& x, const std::vector<char>& flag, int ns,
+std::vector<double> dummyFit(const std::vector<double>& x, const std::vector<char>& flag,
                              bool withTrend) {
   std::vector<std::vector<double>> X;
   std::vector<double> y;
@@ -17,80 +78,55 @@ std::vector<double> dummyFit(const std::vector<double>& x, const std::vector<cha
     if (flag[t]) continue;
     std::vector<double> row;
     if (withTrend) row.push_back(static_cast<double>(t + 1));
-    for (int s = 0; s < ns; ++s) row.push_back(static_cast<int>(t) % ns == s ? 1.0 : 0.0);
+    for (std::size_t s = 0; s < 4; ++s) row.push_back(t % 4 == s ? 1.0 : 0.0);
     X.push_back(row);
     y.push_back(x[t]);
   }
   return oracle::ols(X, y);
 }
 
-struct SeasonCase {
-  const char* name;
-  std::vector<double> x;
-  std::vector<char> flag;
-  int nstart;
-};
-
-std::vector<SeasonCase> seasonCases() {
+TEST(StartValues, SeasonalFormsAgainstDummyRegression) {
   const std::vector<double> x = {12, 7, 15, 3, 14, 9, 18, 4, 16, 10, 19, 7, 18, 12};
-  std::vector<char> none(x.size(), 0);
-  std::vector<char> some = none;
-  some[2] = 1;
-  some[9] = 1;
-  some[13] = 1;  // the last value flagged: the level comes from the one before
-  return {{"no flags", x, none, 0}, {"flags", x, some, 0}, {"starts in season 3", x, some, 2}};
-}
-
-TEST(StartValues, AdditiveWintersAgainstDummyRegression) {
-  for (const auto& c : seasonCases()) {
-    const long n = static_cast<long>(c.x.size());
+  std::vector<char> some(x.size(), 0);
+  some[2] = some[9] = some[13] = 1;  // the last value flagged: the level comes from the one before
+  struct Case {
+    std::vector<char> flag;
+    int nstart;
+  } cases[] = {{std::vector<char>(x.size(), 0), 0}, {some, 0}, {some, 2}};
+  for (const auto& c : cases) {
+    const long n = static_cast<long>(x.size());
     double L = 0, T = 0, S[4] = {};
-    ASSERT_EQ(zwinsvi(c.x.data(), c.flag.data(), n, 4, c.nstart, 1, 1, &L, &T, S), 0) << c.name;
-    const auto b = dummyFit(c.x, c.flag, 4, true);
-    const double mean = (b[1] + b[2] + b[3] + b[4]) / 4;
-    EXPECT_NEAR(T, -b[0], 1e-10) << c.name;
-    for (int i = 0; i < 4; ++i)
-      EXPECT_NEAR(S[(c.nstart + i) % 4], b[static_cast<std::size_t>(i + 1)] - mean, 1e-10)
-          << c.name << " season " << i;
-    const double last = c.flag.back() ? c.x[c.x.size() - 2] : c.x.back();
-    EXPECT_EQ(L, last) << c.name;
-  }
-}
+    ASSERT_EQ(zwinsvi(x.data(), c.flag.data(), n, 4, c.nstart, 1, 1, &L, &T, S), 0);
+    auto b = dummyFit(x, c.flag, true);
+    double mean = (b[1] + b[2] + b[3] + b[4]) / 4;
+    EXPECT_NEAR(T, -b[0], 1e-10) << c.nstart;
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(S[(c.nstart + i) % 4], b[i + 1] - mean, 1e-10) << i;
+    EXPECT_EQ(L, c.flag.back() ? x[x.size() - 2] : x.back());
 
-TEST(StartValues, AdditiveSeasonalAroundTheOverallMean) {
-  for (const auto& c : seasonCases()) {
-    const long n = static_cast<long>(c.x.size());
-    double L = 0, S[4] = {};
-    ASSERT_EQ(zesssvi(c.x.data(), c.flag.data(), n, 4, c.nstart, 1, &L, S), 0) << c.name;
-    const auto b = dummyFit(c.x, c.flag, 4, false);  // the season means
-    double sum = 0;
-    long cnt = 0;
-    for (std::size_t t = 0; t < c.x.size(); ++t)
+    // SEASONAL: the season means around the overall mean.
+    ASSERT_EQ(zesssvi(x.data(), c.flag.data(), n, 4, c.nstart, 1, &L, S), 0);
+    b = dummyFit(x, c.flag, false);
+    double sum = 0, cnt = 0;
+    for (std::size_t t = 0; t < x.size(); ++t)
       if (!c.flag[t]) {
-        sum += c.x[t];
+        sum += x[t];
         ++cnt;
       }
-    const double mu = sum / static_cast<double>(cnt);
-    for (int i = 0; i < 4; ++i)
-      EXPECT_NEAR(S[(c.nstart + i) % 4], b[static_cast<std::size_t>(i)] - mu, 1e-10) << c.name;
-  }
-}
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(S[(c.nstart + i) % 4], b[i] - sum / cnt, 1e-10) << i;
 
-TEST(StartValues, MultiplicativeFactorsArePositiveAndAverageOne) {
-  for (const auto& c : seasonCases()) {
-    const long n = static_cast<long>(c.x.size());
-    double L = 0, T = 0, S[4] = {};
-    ASSERT_EQ(zwinsvi(c.x.data(), c.flag.data(), n, 4, c.nstart, 0, 1, &L, &T, S), 0) << c.name;
-    double mean = 0;
+    // Multiplicative Winters: positive factors averaging 1, larger in the
+    // high seasons (1 and 3 from x[0]); a rising series has a negative
+    // backward trend.
+    ASSERT_EQ(zwinsvi(x.data(), c.flag.data(), n, 4, c.nstart, 0, 1, &L, &T, S), 0);
+    mean = 0;
     for (double f : S) {
-      EXPECT_GT(f, 0.0) << c.name;
+      EXPECT_GT(f, 0.0);
       mean += f / 4;
     }
-    EXPECT_NEAR(mean, 1.0, 1e-12) << c.name;
-    // The high seasons (1 and 3 from x[0]) get the larger factors.
-    EXPECT_GT(S[(c.nstart + 2) % 4], S[(c.nstart + 3) % 4]) << c.name;
-    EXPECT_GT(S[(c.nstart + 0) % 4], S[(c.nstart + 1) % 4]) << c.name;
-    EXPECT_LT(T, 0.0) << c.name << ": a rising series has a negative backward trend";
+    EXPECT_NEAR(mean, 1.0, 1e-12);
+    EXPECT_GT(S[(c.nstart + 2) % 4], S[(c.nstart + 3) % 4]);
+    EXPECT_GT(S[(c.nstart + 0) % 4], S[(c.nstart + 1) % 4]);
+    EXPECT_LT(T, 0.0);
   }
 }
 
@@ -122,13 +158,10 @@ TEST(DampTrend, ForecastsLevelOffAndPhiOneIsHolt) {
                     &mse, rows.data()),
             0);
   // p_k -> L + T phi/(1 - phi) = L + 4 T.
-  const double limit = L + T * 0.8 / 0.2;
-  EXPECT_NEAR(rows[static_cast<std::size_t>((n + lead - 1) * kZes3RowLen + 1)], limit, 1e-4);
-  EXPECT_NEAR(rows[static_cast<std::size_t>(n * kZes3RowLen + 1)], L + 0.8 * T, 1e-12);
-
+  EXPECT_NEAR(rows[(n + lead - 1) * kZes3RowLen + 1], L + T * 0.8 / 0.2, 1e-4);
+  EXPECT_NEAR(rows[n * kZes3RowLen + 1], L + 0.8 * T, 1e-12);
   // phi = 1: the forecasts and variances of Holt's method.
-  std::vector<double> r3(static_cast<std::size_t>((n + 5) * kZes3RowLen));
-  std::vector<double> r2(static_cast<std::size_t>((n + 5) * kZes2RowLen));
+  std::vector<double> r3((n + 5) * kZes3RowLen), r2((n + 5) * kZes2RowLen);
   double L3 = 18, T3 = -1.4, L2 = 18, T2 = -1.4, m3 = 0, m2 = 0;
   ASSERT_EQ(zes3prd(x.data(), f.data(), 20, n, 0.5, 0.3, 1.0, &L3, &T3, 0, n - 1, 5, 1.0, 0.05,
                     0, &m3, r3.data()),
@@ -138,12 +171,10 @@ TEST(DampTrend, ForecastsLevelOffAndPhiOneIsHolt) {
             0);
   for (long t = 0; t < n + 5; ++t)
     for (int col : {1, 2, 3, 5})
-      EXPECT_NEAR(r3[static_cast<std::size_t>(t * kZes3RowLen + col)],
-                  r2[static_cast<std::size_t>(t * kZes2RowLen + col)], 1e-12)
-          << t << " " << col;
+      EXPECT_NEAR(r3[t * kZes3RowLen + col], r2[t * kZes2RowLen + col], 1e-12) << t << " " << col;
 }
 
-TEST(Double, WeightNearZeroIsDivergence) {
+TEST(EdgeCases, DoubleWeightNearZeroAndMultiplicativeFloor) {
   const std::vector<double> x = {1, 2, 3, 4};
   const std::vector<char> f(4, 0);
   double L = 4, T = 0, mse = 0;
@@ -160,11 +191,11 @@ TEST(Double, WeightNearZeroIsDivergence) {
   EXPECT_DOUBLE_EQ(psi[1], 1.0);
   EXPECT_DOUBLE_EQ(psi[2], 1.25);
   EXPECT_DOUBLE_EQ(psi[3], 1.5);
-}
-
-TEST(Multiplicative, FloorGuardGivesMinus7) {
   // A factor driven to zero makes the prediction fall below the floor.
-  double L = 10, T = 0, S[2] = {1e-20, 1}, xhat = 0, e = 0;
+  double xhat = 0, e = 0;
+  L = 10;
+  T = 0;
+  double S[2] = {1e-20, 1};
   EXPECT_EQ(zwinpnt(5, 10, 0, 0.3, 0.1, 0.2, &L, &T, S, 0, &xhat, &e), -7);
   EXPECT_TRUE(wzmis(L) && wzmis(S[0]));
   double L2 = 10, S2[2] = {1e-20, 1};
