@@ -19,77 +19,69 @@
 
 namespace qvt::testing {
 
-// Day number (from 1960-01-01) of a calendar date: the oracle of time IDs.
-inline double day(int y, unsigned m, unsigned d) {
+// Day number from 1960-01-01 of day d of the month m months after January
+// 2020, by the calendar of <chrono>: the oracle of time IDs. Day 0 is the
+// last day of the month before.
+inline double day(int m, int d) {
   namespace c = std::chrono;
-  const auto t = c::sys_days{c::year{y} / c::month{m} / c::day{d}} -
-                 c::sys_days{c::year{1960} / c::January / 1};
-  return static_cast<double>(t.count());
-}
-inline double monthEnd(int y, unsigned m) {
-  namespace c = std::chrono;
-  const c::year_month_day_last l{c::year{y} / c::month{m} / c::last};
-  return day(y, m, static_cast<unsigned>(l.day()));
+  const c::year_month ym = c::year{2020} / c::January + c::months{m};
+  return static_cast<double>((c::sys_days{ym / 1} - c::sys_days{c::year{1960} / 1 / 1}).count() + d - 1);
 }
 
-// A data set read back: its variables, label and rows (numbers and texts by
-// column; the other kind of a column stays empty).
-struct Table {
+// A data set read back: its variables, label and columns by name.
+struct OutDs {
   std::vector<VarInfo> vars;
   std::string label;
-  std::vector<std::vector<double>> num;
-  std::vector<std::vector<std::string>> text;
-  int col(const std::string& name) const {
-    for (std::size_t i = 0; i < vars.size(); ++i)
-      if (vars[i].name == name) return static_cast<int>(i);
-    ADD_FAILURE() << "no column " << name;
-    return 0;
-  }
-  double at(std::size_t row, const std::string& name) const { return num.at(row).at(static_cast<std::size_t>(col(name))); }
-  std::string str(std::size_t row, const std::string& name) const {
-    return text.at(row).at(static_cast<std::size_t>(col(name)));
+  std::map<std::string, std::vector<double>> num;
+  std::map<std::string, std::vector<std::string>> text;
+  std::vector<std::string> names() const {
+    std::vector<std::string> r;
+    for (const auto& v : vars) r.push_back(v.name);
+    return r;
   }
 };
 
-inline Table readBack(const std::string& dir, const std::string& member) {
+inline OutDs readBack(const std::string& dir, const std::string& member) {
   HostConfig cfg;
   cfg.libs = {"work=" + dir};
   std::ostringstream log;
   cfg.logStream = &log;
   ProcessHost h(cfg);
   EXPECT_EQ(h.init(), 0);
-  Table t;
-  hostRunStep(h, [&] {
-    DsHandle d;
-    if (hostDsOpen(h, member, DsMode::Input, &d) != 0) {
-      ADD_FAILURE() << "can't open " << member << ": " << log.str();
-      return;
-    }
-    const auto vars = h.dsVars(d);
-    t.vars.assign(vars.begin(), vars.end());
-    DsFacts f;
-    hostDsInfo(h, d, &f);
-    t.label = f.label;
-    std::vector<double> num(vars.size(), 0);
-    std::vector<std::string> text(vars.size());
-    for (std::size_t i = 0; i < vars.size(); ++i) {
-      const int v = static_cast<int>(i + 1);
-      if (vars[i].type == VarType::Numeric) hostVarGetD(h, d, v, &num[i]);
-      else hostVarGetT(h, d, v, &text[i]);
-    }
-    while (hostByNext(h, d)) {
-      while (hostByGet(h, d)) {
-        hostRowGet(h, d);
-        t.num.push_back(num);
-        t.text.push_back(text);
+  OutDs t;
+  DsHandle d;
+  EXPECT_EQ(h.dsOpen(member, DsMode::Input, &d), 0) << member << ": " << log.str();
+  if (!d) return t;
+  const auto vars = h.dsVars(d);
+  t.vars.assign(vars.begin(), vars.end());
+  DsFacts f;
+  h.dsInfo(d, &f);
+  t.label = f.label;
+  std::vector<double> num(vars.size(), 0);
+  std::vector<std::string> text(vars.size());
+  for (std::size_t i = 0; i < vars.size(); ++i) {
+    const bool isNum = vars[i].type == VarType::Numeric;
+    const int v = static_cast<int>(i + 1);
+    EXPECT_EQ(isNum ? hostVarGetD(h, d, v, &num[i]) : hostVarGetT(h, d, v, &text[i]), 0);
+  }
+  while (h.byNext(d) == 1) {
+    while (h.byGet(d) == 1) {
+      EXPECT_EQ(h.rowGet(d), 0);
+      for (std::size_t i = 0; i < vars.size(); ++i) {
+        if (vars[i].type == VarType::Numeric) t.num[vars[i].name].push_back(num[i]);
+        else t.text[vars[i].name].push_back(text[i]);
       }
     }
-  });
+  }
+  h.dsClose(d);
   return t;
 }
 
-// Equal values, or both missing.
-inline bool sameCell(double a, double b) { return (wzmis(a) && wzmis(b)) || a == b; }
+// Cell by cell from the first want, missing matching missing.
+inline void expectCells(const std::vector<double>& got, const double* want, const std::string& what) {
+  for (std::size_t i = 0; i < got.size(); ++i)
+    EXPECT_TRUE((wzmis(got[i]) && wzmis(want[i])) || got[i] == want[i]) << what << " row " << i << ": " << got[i];
+}
 
 // The step: input "sales" with the BY variable region, the ID date and the
 // series units and price; outputs by option name ("out", "outfor" ...) into
@@ -115,42 +107,37 @@ struct Rig {
     EXPECT_EQ(host->init(), 0);
   }
 
-  DATASETS* slot(const std::string& name) {
-    auto& ds = com.ds;
-    const std::map<std::string, DATASETS*> m = {
-        {"out", &ds.out},         {"outest", &ds.outest},     {"outfor", &ds.outfor},
-        {"outcomp", &ds.outcomp}, {"outsum", &ds.outsum},     {"outstat", &ds.outstat},
-        {"outtrend", &ds.outtrend}, {"outseason", &ds.outseason}};
-    return m.at(name);
-  }
-
   // Opens the input and the outputs and fills com as the statements would:
   // series by name, the ID variable, BY region (when byRegion), LEAD=,
   // interval MONTH with ALIGN=END and the format MONYY7.
-  void open(const std::vector<std::string>& outputs, const std::vector<std::string>& series,
-            bool byRegion, int lead) {
+  void open(const std::vector<std::string>& outputs, const std::vector<std::string>& series, bool byRegion,
+            int lead) {
     Host& h = *host;
+    auto& ds = com.ds;
+    const std::map<std::string, DATASETS*> slot = {
+        {"out", &ds.out}, {"outest", &ds.outest}, {"outfor", &ds.outfor}, {"outcomp", &ds.outcomp},
+        {"outsum", &ds.outsum}};
     com.host = &h;
-    ASSERT_EQ(hostDsOpen(h, "sales", DsMode::Input, &com.ds.data.fileid), 0);
-    for (const auto& o : outputs) ASSERT_EQ(hostDsOpen(h, o, DsMode::Output, &slot(o)->fileid), 0);
+    ASSERT_EQ(hostDsOpen(h, "sales", DsMode::Input, &ds.data.fileid), 0);
+    for (const auto& o : outputs) ASSERT_EQ(hostDsOpen(h, o, DsMode::Output, &slot.at(o)->fileid), 0);
     com.cpool = hostPoolCreate(h, 0, 1024, 6);
     com.dpool = hostPoolCreate(h, 0, 1024, 6);
     vars.resize(series.size());
     for (std::size_t i = 0; i < series.size(); ++i) {
-      vars[i].dsvarno = hostVarFind(h, com.ds.data.fileid, series[i]);
+      vars[i].dsvarno = hostVarFind(h, ds.data.fileid, series[i]);
       vars[i].name.set(series[i]);
     }
     com.nvars = static_cast<int>(series.size());
     com.vars = vars.data();
-    com.id.dsvarno = hostVarFind(h, com.ds.data.fileid, "date");
+    com.id.dsvarno = hostVarFind(h, ds.data.fileid, "date");
     com.id.name.set("date");
     com.id.label.set("Month of sale");
     if (byRegion) {
-      bylist[0] = hostVarFind(h, com.ds.data.fileid, "region");
+      bylist[0] = hostVarFind(h, ds.data.fileid, "region");
       com.nby = 1;
       com.bylist = bylist;
       const ByVar bv[] = {{bylist[0], false}};
-      h.bySet(com.ds.data.fileid, bv, false);
+      h.bySet(ds.data.fileid, bv, false);
     }
     com.istmt.lead = lead;
     ASSERT_EQ(zintic(45, &com.istmt.intv), 0);
