@@ -7,40 +7,17 @@ namespace {
 
 using testing::HostFixture;
 using testing::Table;
-
-// A value of every awkward kind in each column.
-Table awkwardTable() {
-  const double inf = std::numeric_limits<double>::infinity();
-  Table t(5);
-  t[0] = {{"plain", "A plain number", VarType::Numeric, 8, ""},
-          {0.1, -0.0, 4.9406564584124654e-324, 2.2250738585072009e-308, 0.30000000000000004, 123456789012345.67,
-           1.7976931348623157e308, -inf, kMissing, skMissVal('A'), skMissVal('_'), skMissVal('Z')},
-          {}};
-  t[1] = {{"date", "", VarType::Numeric, 8, "DATE9."},
-          {23466.0, -138061.0, 6589335.0, 0.0, -0.0, 23466.5, kMissing, skMissVal('B'), -1.0, 14669.0, 1.0, 2.0},
-          {}};
-  t[2] = {{"stamp", "", VarType::Numeric, 8, "DATETIME19."},
-          {2027511000.0, 2027511000.125, -1.0, 0.1, kMissing, skMissVal('C'), -0.0, 1e-9, 86400.0 * 6589335.0, 3.0,
-           4.0, 5.0},
-          {}};
-  t[3] = {{"clock", "", VarType::Numeric, 8, "TIME8."},
-          {48600.0, 0.0, 360000.5, 86399.999999999, kMissing, skMissVal('D'), -5.0, 1e-300, 7.0, 8.0, 9.0, 10.0},
-          {}};
-  t[4] = {{"text", "Some text", VarType::Character, 20, ""},
-          {},
-          {"plain", "with,comma", "with \"quotes\"", "two\nlines", "crlf\r\nend", "caf\xC3\xA9 \xE2\x82\xAC", "", ".",
-           "007", "  lead", "12", "."}};
-  return t;
-}
+using testing::awkwardTable;
 
 TEST(CsvDataSet, ReadWriteReadIsBitExact) {
   HostFixture f;
   Table want = awkwardTable();
+  for (int c = 0; c < 3; ++c) want[c].num.back() = -0.0;  // a CSV file keeps the sign of zero
   testing::writeTable(*f.host, "lib.first", want, "Awkward values");
   f.host->stepEnd(0);
   ASSERT_TRUE(f.dir.exists("first.csv.meta.json"));
   const Table back = testing::readTable(*f.host, "lib.first");
-  want[4].info.length = 13;  // the widest text, in bytes
+  want[4].info.length = 31;  // the widest text, in bytes
   testing::expectSame(back, want);
 
   // Once more through a second file: the second text equals the first.

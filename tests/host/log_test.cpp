@@ -9,16 +9,12 @@ namespace {
 TEST(Log, JsonLinesCarryGroupNumberSeverityAndArgs) {
   const MsgArg args[] = {std::string("a.csv"), 17LL, 2.5, kMissing, std::string("caf\xC3\xA9")};
   const SourcePos at{"prog.qvt", 3, 15};
-  const auto j = nlohmann::json::parse(logJsonLine(900, 35, args, &at));
-  EXPECT_EQ(j.at("group"), 900);
-  EXPECT_EQ(j.at("number"), 35);
-  EXPECT_EQ(j.at("severity"), "ERROR");
-  EXPECT_EQ(j.at("args"), nlohmann::json::parse(R"(["a.csv", 17, 2.5, null, "café"])"));
-  EXPECT_EQ(j.at("file"), "prog.qvt");
-  EXPECT_EQ(j.at("line"), 3);
-  EXPECT_EQ(j.at("col"), 15);
+  auto j = nlohmann::json::parse(logJsonLine(900, 35, args, &at));
   // The text has the arguments in place.
   EXPECT_EQ(j.at("text").get<std::string>().rfind("a.csv, line 17: the record has 2.5 fields", 0), 0u);
+  j.erase("text");
+  EXPECT_EQ(j, nlohmann::json::parse(R"({"group": 900, "number": 35, "severity": "ERROR", "file": "prog.qvt",
+                                         "line": 3, "col": 15, "args": ["a.csv", 17, 2.5, null, "café"]})"));
   // Still JSON with invalid UTF-8 in an argument.
   const MsgArg bad[] = {std::string("bad\xFF.csv"), std::string("x")};
   EXPECT_EQ(nlohmann::json::parse(logJsonLine(900, 16, bad, nullptr)).at("number"), 16);

@@ -10,7 +10,7 @@
 namespace qvt {
 namespace {
 
-TEST(Spool, WriteReadAcrossBufferEnds) {
+TEST(Spool, WriteReadCutAndRewrite) {
   testing::TempDir dir;
   SpoolFile sp;
   ASSERT_EQ(sp.open(dir.path()), 0);
@@ -30,19 +30,10 @@ TEST(Spool, WriteReadAcrossBufferEnds) {
   ASSERT_EQ(sp.point(1000 * sizeof(double)), 0);
   ASSERT_EQ(sp.read(&x, sizeof x), 0);
   EXPECT_EQ(x, 1000.5);
-}
-
-TEST(Spool, CutAtPositionThenWriteAnew) {
-  testing::TempDir dir;
-  SpoolFile sp;
-  ASSERT_EQ(sp.open(dir.path()), 0);
-  const double a[] = {1, 2, 3, 4};
-  ASSERT_EQ(sp.write(a, sizeof a), 0);
   // Position 0, then -2: empties the spool (the engine's reset between groups).
   ASSERT_EQ(sp.point(0), 0);
   ASSERT_EQ(sp.point(-2), 0);
   EXPECT_EQ(sp.size(), 0);
-  double x;
   EXPECT_EQ(sp.read(&x, sizeof x), 1);
   const double b[] = {9};
   ASSERT_EQ(sp.write(b, sizeof b), 0);
@@ -60,21 +51,11 @@ TEST(Spool, CutAtPositionThenWriteAnew) {
   EXPECT_EQ(sp.point(-5), -1);
 }
 
-TEST(Spool, FolderThatDoesNotExist) {
-  SpoolFile sp;
-  EXPECT_EQ(sp.open("/nonexistent/qvt/folder"), -1);
-  EXPECT_FALSE(sp.error().empty());
-  double x = 0;
-  EXPECT_EQ(sp.write(&x, sizeof x), -1);
-}
-
 TEST(SpoolThroughHost, NthWriteFailsAndMsgRawExplains) {
   testing::TempDir dir;
   std::ostringstream log;
-  HostConfig cfg;
+  HostConfig cfg = testing::jsonlConfig(log);
   cfg.tmpDir = dir.path();
-  cfg.logFormat = LogFormat::Jsonl;
-  cfg.logStream = &log;
   cfg.failSpoolWriteAt = 3;
   ProcessHost h(cfg);
   ASSERT_EQ(h.init(), 0);
@@ -104,12 +85,15 @@ TEST(SpoolThroughHost, NthWriteFailsAndMsgRawExplains) {
   EXPECT_TRUE(dir.entries().empty());
 }
 
-TEST(SpoolThroughHost, OpenFailureIsLogged) {
+TEST(Spool, FolderThatDoesNotExist) {
+  SpoolFile sp;
+  EXPECT_EQ(sp.open("/nonexistent/qvt/folder"), -1);
+  EXPECT_FALSE(sp.error().empty());
+  double x = 0;
+  EXPECT_EQ(sp.write(&x, sizeof x), -1);
   std::ostringstream log;
-  HostConfig cfg;
+  HostConfig cfg = testing::jsonlConfig(log);
   cfg.tmpDir = "/nonexistent/qvt/folder";
-  cfg.logFormat = LogFormat::Jsonl;
-  cfg.logStream = &log;
   ProcessHost h(cfg);
   SpoolHandle a;
   EXPECT_EQ(hostSpoolOpen(h, &a), kHostSpoolFailed);

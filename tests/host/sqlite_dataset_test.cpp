@@ -20,6 +20,7 @@ using testing::Table;
 using testing::readTable;
 using testing::writeTable;
 using testing::expectSame;
+using testing::awkwardTable;
 
 // A second, independent connection to the database.
 class RawDb {
@@ -58,31 +59,6 @@ class RawDb {
 struct Fixture : testing::HostFixture {
   explicit Fixture(long long failRowAt = 0, int busyMs = 5000) : HostFixture(true, failRowAt, busyMs) {}
 };
-
-Table awkwardTable() {
-  const double inf = std::numeric_limits<double>::infinity();
-  Table t(5);
-  t[0] = {{"plain", "A plain number", VarType::Numeric, 8, ""},
-          {0.1, 4.9406564584124654e-324, 2.2250738585072009e-308, 0.30000000000000004, 123456789012345.67,
-           1.7976931348623157e308, -inf, kMissing, skMissVal('A'), skMissVal('_'), skMissVal('Z'), 3.0},
-          {}};
-  t[1] = {{"date", "", VarType::Numeric, 8, "DATE9."},
-          {23466.0, -138061.0, 6589335.0, 0.0, 23466.5, kMissing, skMissVal('B'), -1.0, 14669.0, 1.0, 2.0, inf},
-          {}};
-  t[2] = {{"stamp", "", VarType::Numeric, 8, "DATETIME19."},
-          {2027511000.0, 2027511000.125, -1.0, 0.1, kMissing, skMissVal('C'), 1e-9, 86400.0 * 6589335.0, 3.0,
-           4.0, 5.0, 1e300},
-          {}};
-  t[3] = {{"clock", "", VarType::Numeric, 8, "TIME8."},
-          {48600.0, 0.0, 360000.5, 86399.999999999, kMissing, skMissVal('D'), -5.0, 1e-300, 7.0, 8.0, 9.0, 10.0},
-          {}};
-  // Names that only quoting keeps whole: a quote, a blank, a keyword, a statement.
-  t[4] = {{"say \"what\"; DROP TABLE x;--", "Some text", VarType::Character, 20, ""},
-          {},
-          {"plain", "with,comma", "with \"quotes\" and 'apostrophes'", "two\nlines", "crlf\r\nend",
-           "caf\xC3\xA9 \xE2\x82\xAC", "", ".", "007", "  lead", "12", std::string("nul\0byte", 8)}};
-  return t;
-}
 
 TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
   Fixture f;
