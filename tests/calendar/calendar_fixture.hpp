@@ -62,6 +62,15 @@ inline INTERVAL customInterval() {
   return c;
 }
 
+// Season codes of n intervals; one guard cell past the end must stay.
+inline std::vector<int> codes(const INTERVAL& i, double start, int scode, long n, int* ns, int* rc) {
+  std::vector<int> v(static_cast<std::size_t>(n) + 1, -99);
+  *rc = zintscd(i, start, scode, n, v.data(), ns);
+  EXPECT_EQ(v.back(), -99) << "wrote past n";
+  v.pop_back();
+  return v;
+}
+
 // date_oracle.csv: dates with the calendar facts Python's datetime gives
 // (gen_date_oracle.py writes it; its docstring names the columns).
 struct OracleRow {

@@ -88,7 +88,7 @@ TEST(DateOracle, EveryRow) {
     EXPECT_EQ(zintnx2(dtmonth, x * kDay + 4000, 0), ymd(r.y, r.m, 1) * kDay);
     // The Friday or earlier working day: back 1 from Saturday, 2 from Sunday.
     EXPECT_EQ(zintnx2(wd, x, 0), x - (r.wday == 7 ? 1 : r.wday == 1 ? 2 : 0));
-    if (r.isoy >= 1582) EXPECT_EQ(zintnx2(yearv, x, 0), x - (r.isod - 1) - 7 * (r.isow - 1));
+    EXPECT_TRUE(r.isoy < 1582 || zintnx2(yearv, x, 0) == x - (r.isod - 1) - 7 * (r.isow - 1));
     // Season codes of single dates; a week 53 takes scode 52, a day off
     // goes with Friday. The weekly look-ahead needs the next week.
     if (r.day < kFirstDate + 14 || r.day > kLastDate - 14) continue;
@@ -145,7 +145,8 @@ TEST(DateOracle, CountsBetweenNeighbouringRows) {
 }
 
 TEST(WeekDates, WorkedByHand) {
-  for (const auto& c : testing::handCases("isowd")) EXPECT_EQ(ziddywd(c.i(1), c.i(2), c.i(3)), c.x(4)) << c.where();
+  for (const auto& c : testing::handCases("isowd"))
+    EXPECT_EQ(ziddywd(c.i(1), c.i(2), c.i(3)), c.x(4)) << c.where();
   for (const auto& c : testing::handCases("sunwd"))
     EXPECT_TRUE(c.same(ziddywds(c.i(1), c.i(2), c.i(3)), 4)) << c.where();
   for (const auto& c : testing::handCases("sunwdd")) {

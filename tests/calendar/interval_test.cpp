@@ -37,7 +37,7 @@ TEST(IntervalNames, GrammarAndCanonicalTextRoundTrip) {
     // OBS and loses its units.
     INTERVAL b;
     ASSERT_EQ(zintstr(c.s(7).c_str(), -1, &b), 0);
-    if (i.intcode != kIntObs) EXPECT_EQ(b.units, i.units);
+    EXPECT_TRUE(i.intcode == kIntObs || b.units == i.units);
     EXPECT_EQ(b.intcode * 1000000 + b.shiftper, i.intcode * 1000000 + i.shiftper);
     EXPECT_EQ(b.intper, i.intper);
     EXPECT_EQ(std::memcmp(b.weekend, i.weekend, 7), 0);
@@ -80,14 +80,14 @@ TEST(IntervalNames, ArgumentsBuffersAndCodes) {
     EXPECT_EQ(i.intper * 100 + i.shiftper, 100) << code;
     const INTERVAL j = iv(name(i));
     EXPECT_EQ(j.intcode * 1000 + j.units, code * 1000 + i.units) << code;
-    if (code == kIntWeekday) EXPECT_EQ(weekendDigits(i) + name(i), "17WEEKDAY");
+    EXPECT_TRUE(code != kIntWeekday || (weekendDigits(i) + name(i) == "17WEEKDAY" && i.nweekday == 5));
   }
   // Retail years, custom, reserved and unknown codes have none.
   for (int code : {61, 62, 63, 65, 28, 29, 38, 43, 49, 54, 58, 2, 26, 66, -1, 127, 1000})
     EXPECT_EQ(zintic(code, &i), 1) << code;
   for (const auto& c : testing::handCases("icms")) {
     ASSERT_EQ(zinticms(c.i(1), c.i(2), c.i(3), &i), c.i(4)) << c.where();
-    if (c.i(4) == 0) EXPECT_EQ(name(i), c.s(5)) << c.where();
+    EXPECT_TRUE(c.i(4) != 0 || name(i) == c.s(5)) << c.where() << " " << name(i);
   }
 }
 
@@ -153,7 +153,9 @@ TEST(IntervalStep, StepThenCountRoundTrip) {
     for (std::size_t ri = 0; ri < rows.size(); ri += 7) {
       const auto& r = rows[ri];
       if (r.y < 1700 || r.y > 9000) continue;
-      const double x = kind == 's' ? r.day * kDay + 3723.5 : kind == 't' ? r.day * kDay + 3723.5 + r.d * 61.0 : r.day;
+      const double x = kind == 's'   ? r.day * kDay + 3723.5
+                       : kind == 't' ? r.day * kDay + 3723.5 + r.d * 61.0
+                                     : r.day;
       const double b = zintnx2(I, x, 0);
       const bool starts = kind != 'x';  // OBS3.2 adds its shift past x
       SCOPED_TRACE(::testing::Message() << text << " at " << x);

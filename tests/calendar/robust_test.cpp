@@ -5,23 +5,14 @@
 // interface allows.
 
 #include <climits>
-#include <cstring>
-#include <iterator>
 #include <random>
+
 #include "calendar_fixture.hpp"
 
 namespace qvt {
 namespace {
 
 using testing::iv;
-
-std::vector<int> codes5(const INTERVAL& i, double start, int scode, int* ns, int* rc) {
-  std::vector<int> v(6, -7);
-  *rc = zintscd(i, start, scode, 5, v.data(), ns);
-  EXPECT_EQ(v.back(), -7) << "wrote past n";
-  v.pop_back();
-  return v;
-}
 
 TEST(IntervalFuzz, RandomTextsParseOrFailCleanly) {
   std::mt19937 rng(20260101);
@@ -84,9 +75,11 @@ TEST(IntervalFuzz, InconsistentRecordsGiveMissingOrNumbers) {
     }
     char buf[64];
     int blen = sizeof buf;
-    ASSERT_LE(zinti2s(buf, &blen, &r) % 101, 0);
+    const int rc = zinti2s(buf, &blen, &r);
+    ASSERT_TRUE(rc == 0 || rc == 101);
     INTERVAL s;
-    ASSERT_EQ(zintshft(r, &s) % 2, 0);
+    const int rs = zintshft(r, &s);
+    ASSERT_TRUE(rs == 0 || rs == 2);
   }
 }
 
@@ -113,7 +106,7 @@ TEST(CycleRobust, EdgesAndNonDates) {
       EXPECT_LE(zintsea(&i, v, &s, &ns), 1);
       for (int scode : {0, -1, 5}) {
         int want = 4, rc = 0;
-        const auto cs = codes5(i, v, scode, &want, &rc);
+        const auto cs = testing::codes(i, v, scode, 5, &want, &rc);
         EXPECT_TRUE(rc == 0 || rc == 1 || rc == -1);
         for (int c : cs) EXPECT_TRUE((c >= 0 && c < want) || c == scode) << c;
       }
@@ -136,7 +129,5 @@ TEST(CycleRobust, EdgesAndNonDates) {
     }
   }
 }
-
-
 }  // namespace
 }  // namespace qvt
