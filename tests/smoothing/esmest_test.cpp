@@ -165,56 +165,44 @@ TEST(EsmEstimate, StandardErrorFromPredictionDerivatives) {
   EXPECT_EQ(mod.m->pest.df[0], static_cast<long>(y.size()) - 1);
 }
 
-TEST(EsmEstimate, ActiveBounds) {
+TEST(EsmEstimate, BoundsHeldAndFixedWeights) {
   // A random walk observed without noise: the best weight is 1, beyond the
-  // upper bound; the estimation ends on 0.999 with code 0.
+  // upper bound. Values alternating around 10, ending on 10 so that the
+  // start level is the mean: the optimum lies below the lower bound.
   std::mt19937_64 gen(5);
   std::normal_distribution<double> nd;
-  std::vector<double> walk(150);
+  std::vector<double> walk(150), alt(101);
   double v = 50;
   for (auto& e : walk) e = (v += nd(gen));
-  // Values alternating around 10, ending on 10 so that the start level is
-  // the mean: the optimum lies below the lower bound 0.001.
-  std::vector<double> alt(101);
   for (std::size_t t = 0; t < alt.size(); ++t) alt[t] = (t % 2) ? 12.0 : 8.0;
   alt.back() = 10.0;
-  double msemin = 0;
-  ASSERT_GT(bruteMin(walk, &msemin), 0.998) << "the oracle must put the optimum on the bound";
-  ASSERT_LT(bruteMin(alt, &msemin), 0.0015);
-  Model up(walk), lo(alt);
-  EXPECT_EQ(esmfit(up.m), 0);
-  EXPECT_EQ(up.m->pest.parms[0], 0.999);
-  EXPECT_EQ(esmfit(lo.m), 0);
-  EXPECT_EQ(lo.m->pest.parms[0], 0.001);
-}
-
-TEST(EsmEstimate, HeldFixedNarrowAndUnboundedWeights) {
-  const auto y = simple(0.5, 100, 23);
-  Model held(y);
-  held.m->wbnds.wlevflg = 1;  // held at its lower bound
-  EXPECT_EQ(esmfit(held.m), 0);
-  EXPECT_EQ(held.m->pest.parms[0], 0.001);
-  for (double fixed : {0.05, 0.95}) {
-    Model mod(y);
-    mod.m->wbnds.wlevel[0] = mod.m->wbnds.wlevel[1] = fixed;  // lower = upper
-    EXPECT_EQ(esmfit(mod.m), 0) << fixed;
-    EXPECT_EQ(mod.m->pest.parms[0], fixed);
-    EXPECT_NEAR(mod.m->pest.mse, simpleMse(y, fixed) * 100.0 / 99.0, 1e-10 * simpleMse(y, fixed));
+  const auto y = simple(0.5, 100, 23);  // optimum about 0.5
+  struct Case {
+    const std::vector<double>* y;
+    double lo, hi;
+    char held;
+    double expect;
+  } cases[] = {
+      {&walk, 0.001, 0.999, 0, 0.999}, {&alt, 0.001, 0.999, 0, 0.001},
+      {&y, 0.001, 0.999, 1, 0.001},    // held at its lower bound
+      {&y, 0.05, 0.05, 0, 0.05},       {&y, 0.95, 0.95, 0, 0.95},  // lower = upper: fixed
+      {&y, 0.1, 0.2, 0, 0.2},          // narrow bounds cut off the optimum: the nearer wins
+  };
+  for (const auto& c : cases) {
+    if (c.y != &y) {
+      double msemin = 0;
+      ASSERT_NEAR(bruteMin(*c.y, &msemin), c.expect, 0.0015) << "the oracle's optimum on the bound";
+    }
+    Model mod(*c.y);
+    mod.m->wbnds.wlevflg = c.held;
+    mod.m->wbnds.wlevel[0] = c.lo;
+    mod.m->wbnds.wlevel[1] = c.hi;
+    mod.m->wbnds.wlevel[2] = (c.hi - c.lo) * kEsmTolFactor;
+    EXPECT_EQ(esmfit(mod.m), 0) << c.expect;
+    EXPECT_EQ(mod.m->pest.parms[0], c.expect);
+    const double n = static_cast<double>(c.y->size());
+    EXPECT_NEAR(mod.m->pest.mse, simpleMse(*c.y, c.expect) * n / (n - 1), 1e-10 * mod.m->pest.mse);
   }
-  // Narrow bounds that cut off the optimum (about 0.5): the nearer bound wins.
-  Model narrow(y);
-  narrow.m->wbnds.wlevel[0] = 0.1;
-  narrow.m->wbnds.wlevel[1] = 0.2;
-  narrow.m->wbnds.wlevel[2] = 0.1 * kEsmTolFactor;
-  EXPECT_EQ(esmfit(narrow.m), 0);
-  EXPECT_EQ(narrow.m->pest.parms[0], 0.2);
-  // Without bounds the iteration ends where the bounded one does.
-  const auto z = simple(0.35, 250, 31);
-  Model a(z), b(z);
-  b.m->wbnds.bounds = 0;
-  EXPECT_EQ(esmfit(a.m), 0);
-  EXPECT_EQ(esmfit(b.m), 0);
-  EXPECT_NEAR(a.m->pest.parms[0], b.m->pest.parms[0], 1e-3);
 }
 
 TEST(EsmEstimate, NoUsableGridPointGivesMinus8) {
@@ -226,43 +214,23 @@ TEST(EsmEstimate, NoUsableGridPointGivesMinus8) {
   EXPECT_TRUE(wzmis(mod.m->pest.mse));
 }
 
-TEST(EsmEstimate, FlaggedObservationsStillGiveUsableWeights) {
+TEST(EsmEstimate, EveryFourthValueFlaggedStopsWith90) {
   // Across a flagged value the carried derivative is that of the prediction
-  // fed in, not of the criterion, so the offset need not fall: 90 is
-  // allowed, but the weights must be near the optimum of the flagged
-  // criterion.
-  auto y = simple(0.4, 200, 53);
-  for (std::size_t t = 5; t < y.size(); t += 9) y[t] = kMissing;
-  Model mod(y);
-  EXPECT_EQ(mod.m->ts.nmiss, 22);
-  const int rc = esmfit(mod.m);
-  ASSERT_TRUE(rc == 0 || rc == 90) << rc;
-  const double w = mod.m->pest.parms[0];
-  auto crit = [&](double v) {
-    double L = mod.m->svi.level, mse = 0;
-    zes1smo(y.data(), mod.m->ts.misflg.data(), mod.m->ts.descstats.norm,
-            static_cast<long>(y.size()), v, &L, &mse);
-    return mse;
-  };
-  EXPECT_LE(crit(w), crit(std::min(w + 0.05, 0.999)) * (1 + 1e-9));
-  EXPECT_LE(crit(w), crit(std::max(w - 0.05, 0.001)) * (1 + 1e-9));
-  // Every fourth value flagged: the offset stays above 0.0001 and the step
+  // fed in, not of the criterion: the offset stays above 0.0001 and the step
   // size runs out. 90 with the weights of the last accepted point, never
   // worse than where the grid started.
-  for (unsigned seed : {1u, 4u}) {
-    auto x = simple(0.4, 60, seed);
-    for (std::size_t t = 3; t < x.size(); t += 4) x[t] = kMissing;
-    Model m4(x);
-    std::vector<double> gridrow;
-    int handle = 0;
-    m4.m->outest.xoparm.fileid = &handle;
-    m4.m->outest.strptr = &gridrow;
-    const int rc4 = esmfit(m4.m);
-    EXPECT_TRUE(seed == 4 ? rc4 == 0 || rc4 == 90 : rc4 == 90) << rc4;
-    ASSERT_EQ(gridrow.size(), 2u);
-    EXPECT_LE(m4.m->pest.mse * 44 / 45, gridrow[1] * (1 + 1e-12)) << seed;  // 45 usable
-    EXPECT_FALSE(wzmis(m4.m->pest.stderr_[0]));
-  }
+  auto x = simple(0.4, 60, 1);
+  for (std::size_t t = 3; t < x.size(); t += 4) x[t] = kMissing;
+  Model mod(x);
+  EXPECT_EQ(mod.m->ts.nmiss, 15);
+  std::vector<double> gridrow;
+  int handle = 0;
+  mod.m->outest.xoparm.fileid = &handle;
+  mod.m->outest.strptr = &gridrow;
+  EXPECT_EQ(esmfit(mod.m), 90);
+  ASSERT_EQ(gridrow.size(), 2u);
+  EXPECT_LE(mod.m->pest.mse * 44 / 45, gridrow[1] * (1 + 1e-12));  // 45 usable
+  EXPECT_FALSE(wzmis(mod.m->pest.stderr_[0]));
 }
 
 TEST(EsmOffset, TableAndCrossProducts) {
@@ -286,78 +254,12 @@ TEST(EsmOffset, TableAndCrossProducts) {
   for (int i = 0; i < 6; ++i) EXPECT_EQ(a[i], expect[i]) << i;
 }
 
-// ---------------------------------------------------------------- two weights
+// ---------------------------------------------------------------- two and three weights
 
-// Holt's criterion by the oracle from the record's start values.
-double holtMse(const WINMODEL& m, double a, double b) {
-  const double w[2] = {a, b};
-  const std::vector<double> x(m.ts.x, m.ts.x + m.ts.nobs);
-  oracle::State s;
-  s.L = m.svi.level;
-  s.T = m.svi.trend;
-  const auto p = oracle::pass(kEsmLinear, w, x, m.ts.misflg, {}, s);
-  return p.ss / static_cast<double>(p.nobs);
-}
-
-// Brute force over a 0.01 grid of both weights, then 0.0005 around the best.
-double bruteMin2(const WINMODEL& m, double hi1, double* w0, double* w1) {
-  double best = 1e300;
-  auto scan = [&](double a0, double a1, double b0, double b1, double h) {
-    for (double a = a0; a <= a1 + 1e-12; a += h)
-      for (double b = b0; b <= b1 + 1e-12; b += h)
-        if (const double v = holtMse(m, a, b); v < best) {
-          best = v;
-          *w0 = a;
-          *w1 = b;
-        }
-  };
-  scan(0.001, 0.999, 0.001, hi1, 0.01);
-  scan(std::max(0.001, *w0 - 0.01), std::min(0.999, *w0 + 0.01), std::max(0.001, *w1 - 0.01),
-       std::min(hi1, *w1 + 0.01), 0.0005);
-  return best;
-}
-
-TEST(EsmTwoWeights, ReachesTheBruteForceMinimumFreeBoundOrHeld) {
-  struct Case {
-    double a, b, hi1;  // simulated weights; upper bound of the trend weight
-    char held;
-    unsigned seed;
-  } cases[] = {{0.5, 0.2, 0.999, 0, 5}, {0.8, 0.05, 0.999, 0, 7},
-               {0.4, 0.5, 0.02, 0, 9},  {0.4, 0.3, 0.001, 1, 10}};
-  for (const auto& c : cases) {
-    oracle::State s0;
-    s0.L = 50;
-    s0.T = 0.5;
-    const double w[2] = {c.a, c.b};
-    const auto y = oracle::simulate(kEsmLinear, w, 200, c.seed, s0, 0, 1.0);
-    Model mod(y, kEsmLinear);
-    mod.m->wbnds.wtreflg = c.held;
-    if (!c.held && c.hi1 < 0.5) {
-      mod.m->wbnds.wtrend[1] = c.hi1;
-      mod.m->wbnds.wtrend[2] = (c.hi1 - 0.001) * kEsmTolFactor;
-    }
-    const int rc = esmfit(mod.m);
-    ASSERT_TRUE(rc == 0 || rc == 90) << rc;
-    double b0 = 0, b1 = 0;
-    const double best = bruteMin2(*mod.m, c.hi1, &b0, &b1);
-    const auto& p = mod.m->pest.parms;
-    if (c.hi1 < 0.5) {
-      ASSERT_GT(b1, c.hi1 - 0.0005) << "the oracle must put the trend weight on its bound";
-      EXPECT_EQ(p[1], c.hi1);
-    } else {
-      EXPECT_NEAR(p[1], b1, 0.02) << c.a << "," << c.b;
-    }
-    EXPECT_NEAR(p[0], b0, 0.02) << c.a << "," << c.b;
-    EXPECT_LE(holtMse(*mod.m, p[0], p[1]), best * (1 + 1e-4)) << c.a << "," << c.b;
-    EXPECT_FALSE(wzmis(mod.m->pest.stderr_[0]));
-  }
-}
-
-// ---------------------------------------------------------------- three weights
-
-// A test-only "model" whose one-step prediction is linear in its weights:
-// p_t = w0 u_t + w1 v_t + w2 z_t, t the season code. Gauss-Newton is then
-// exact and the answer is (bounded) ordinary least squares.
+// A test-only "model" whose one-step prediction is linear in its k weights:
+// p_t = w0 u_t + w1 v_t (+ w2 z_t), t the season code. Gauss-Newton is then
+// exact and the answer is ordinary least squares with the weights pushed
+// out of their bounds fixed on them.
 constexpr int kN = 120;
 
 double reg(int j, int t) {
@@ -365,8 +267,8 @@ double reg(int j, int t) {
   return j == 0 ? std::sin(0.3 * x) : (j == 1 ? std::cos(0.11 * x) + 0.5 : 1.0 + 0.02 * x);
 }
 
-double linPredict(const double* w, const SMOOTHVALS&, int t) {
-  return w[0] * reg(0, t) + w[1] * reg(1, t) + w[2] * reg(2, t);
+double linPredict(const double* w, const SMOOTHVALS& s, int t) {
+  return w[0] * reg(0, t) + w[1] * reg(1, t) + (s.trend == 3 ? w[2] * reg(2, t) : 0.0);
 }
 
 int linStep(double x, double, const double* w, int t, SMOOTHVALS& s, WINT_DER&, double* dervec,
@@ -377,14 +279,15 @@ int linStep(double x, double, const double* w, int t, SMOOTHVALS& s, WINT_DER&, 
   return 0;
 }
 
-double mseAt(const std::vector<double>& y, const double* w) {
+// Mean squared error of weights w over y; s.trend carries k.
+double mseAt(const double* y, const double* w, const SMOOTHVALS& s) {
   double ss = 0;
-  for (int t = 0; t < kN; ++t) ss += std::pow(linPredict(w, SMOOTHVALS{}, t) - y[t], 2);
+  for (int t = 0; t < kN; ++t) ss += std::pow(linPredict(w, s, t) - y[t], 2);
   return ss / kN;
 }
 
-int linSmo(const FITCON& fc, const double* w, int, SMOOTHVALS&, double* mse) {
-  *mse = mseAt(std::vector<double>(fc.x, fc.x + fc.n), w);
+int linSmo(const FITCON& fc, const double* w, int, SMOOTHVALS& s, double* mse) {
+  *mse = mseAt(fc.x, w, s);
   return 0;
 }
 
@@ -405,82 +308,93 @@ struct LinModel {
   ESMKSET ks;
   std::vector<double> y;
   std::unique_ptr<Model> mod;
-  LinModel(const std::array<double, 3>& beta, unsigned seed) {
+  LinModel(int k, const std::array<double, 3>& beta, unsigned seed) {
     ks.method = 3;
-    ks.k = 3;
+    ks.k = k;
     ks.coord = {EsmWeight::Level, EsmWeight::Trend, EsmWeight::Damp};
     ks.grid = kGrid3.data();
     ks.smo = linSmo;
     ks.predict = linPredict;
     ks.step = linStep;
     ks.std = linStd;
-    ks.dfparms = 3;
+    ks.dfparms = k;
+    SMOOTHVALS s;
+    s.trend = k;
     std::mt19937_64 gen(seed);
     std::normal_distribution<double> nd(0, 0.05);
-    for (int t = 0; t < kN; ++t) y.push_back(linPredict(beta.data(), SMOOTHVALS{}, t) + nd(gen));
+    for (int t = 0; t < kN; ++t) y.push_back(linPredict(beta.data(), s, t) + nd(gen));
     mod = std::make_unique<Model>(y);
     WINMODEL* m = mod->m;
     for (auto* v : {&m->pest.parms, &m->pest.stderr_, &m->pest.tvals, &m->pest.pvalue})
       v->assign(3, kMissing);
     m->ts.scodes.resize(kN);
     std::iota(m->ts.scodes.begin(), m->ts.scodes.end(), 0);
+    m->svi.trend = k;
     m->wbnds.wdamp[0] = 0.001;  // every coordinate on [0.001, 0.999]
   }
-  // Least squares over the free weights, the others fixed at their values.
+  double mse(const std::array<double, 3>& w) const { return mseAt(y.data(), w.data(), mod->m->svi); }
+  // Least squares over the free weights, the others fixed on their bounds.
   std::array<double, 3> ols(const std::array<int, 3>& bound) const {
     std::array<double, 3> out{};
     std::vector<std::vector<double>> X(kN);
     std::vector<double> r(y);
+    for (int j = 0; j < ks.k; ++j) out[j] = bound[j] < 0 ? 0.001 : 0.999;
     for (int t = 0; t < kN; ++t)
-      for (int j = 0; j < 3; ++j) {
-        out[j] = bound[j] < 0 ? 0.001 : 0.999;
+      for (int j = 0; j < ks.k; ++j) {
         if (bound[j] == 0) X[t].push_back(reg(j, t));
         else r[t] -= out[j] * reg(j, t);
       }
     const auto b = oracle::ols(X, r);
-    for (int j = 0, i = 0; j < 3; ++j)
+    for (int j = 0, i = 0; j < ks.k; ++j)
       if (bound[j] == 0) out[j] = b[i++];
     return out;
   }
 };
 
-TEST(EsmThreeWeights, LeastSquaresWithActiveBounds) {
+TEST(EsmManyWeights, LeastSquaresWithActiveBounds) {
   struct Case {
+    int k;
     std::array<double, 3> beta;
     std::array<int, 3> bound;  // -1 on the lower bound, +1 on the upper, 0 free
+    char held;                 // the second weight held on its lower bound
   } cases[] = {
-      {{0.3, 0.6, 0.45}, {0, 0, 0}},  {{0.3, 0.3, 1.1}, {0, 0, 1}}, {{0.3, 1.3, 0.4}, {0, 1, 0}},
-      {{0.3, -0.4, 0.5}, {0, -1, 0}}, {{1.6, -0.4, 0.5}, {1, -1, 0}},
+      {3, {0.3, 0.6, 0.45}, {0, 0, 0}, 0},  {3, {0.3, 0.3, 1.1}, {0, 0, 1}, 0},
+      {3, {0.3, 1.3, 0.4}, {0, 1, 0}, 0},   {3, {0.3, -0.4, 0.5}, {0, -1, 0}, 0},
+      {3, {1.6, -0.4, 0.5}, {1, -1, 0}, 0}, {2, {0.3, 0.6, 0}, {0, 0, 0}, 0},
+      {2, {0.4, 1.2, 0}, {0, 1, 0}, 0},     {2, {0.4, 0.5, 0}, {0, -1, 0}, 1},
+      {2, {1.6, -0.4, 0}, {1, -1, 0}, 0},
   };
   unsigned seed = 0;
   for (const auto& c : cases) {
-    LinModel lm(c.beta, ++seed);
-    auto expect = lm.ols(c.bound);
+    LinModel lm(c.k, c.beta, ++seed);
+    lm.mod->m->wbnds.wtreflg = c.held;
+    const auto expect = lm.ols(c.bound);
     // The oracle's own optimality (Karush-Kuhn-Tucker): free weights inside
     // their bounds, bound weights pushed outwards by the slope.
-    for (int j = 0; j < 3; ++j) {
+    for (int j = 0; j < c.k; ++j) {
       if (c.bound[j] == 0) {
         ASSERT_TRUE(expect[j] > 0.001 && expect[j] < 0.999) << seed << " " << j;
-      } else {
+      } else if (!c.held) {
         auto up = expect, dn = expect;
         up[j] += 1e-6;
         dn[j] -= 1e-6;
-        ASSERT_LT(c.bound[j] * (mseAt(lm.y, up.data()) - mseAt(lm.y, dn.data())), 0) << seed;
+        ASSERT_LT(c.bound[j] * (lm.mse(up) - lm.mse(dn)), 0) << seed;
       }
     }
     const int rc = esmestimate(lm.mod->m, lm.ks);
     EXPECT_TRUE(rc == 0 || rc == 90) << seed << " " << rc;
-    const auto& got = lm.mod->m->pest.parms;
-    for (int j = 0; j < 3; ++j) EXPECT_NEAR(got[j], expect[j], 1e-5) << seed << " " << j;
-    EXPECT_LE(mseAt(lm.y, got.data()), mseAt(lm.y, expect.data()) * (1 + 1e-9)) << seed;
-    if (seed == 1) {
+    const auto& p = lm.mod->m->pest.parms;
+    const std::array<double, 3> got = {p[0], p[1], c.k == 3 ? p[2] : 0.0};
+    for (int j = 0; j < c.k; ++j) EXPECT_NEAR(got[j], expect[j], 1e-5) << seed << " " << j;
+    EXPECT_LE(lm.mse(got), lm.mse(expect) * (1 + 1e-9)) << seed;
+    if (c.bound == std::array<int, 3>{0, 0, 0}) {
       EXPECT_EQ(rc, 0) << "a linear model converges at once";
-      EXPECT_NEAR(lm.mod->m->pest.mse, mseAt(lm.y, expect.data()) * kN / (kN - 3), 1e-12);
+      EXPECT_NEAR(lm.mod->m->pest.mse, lm.mse(expect) * kN / (kN - c.k), 1e-12);
     }
   }
   // Without bounds the ridge is the only brake; the iteration must still
   // end at the least-squares point.
-  LinModel lm({0.8, -2.0, 3.0}, 9);
+  LinModel lm(3, {0.8, -2.0, 3.0}, 9);
   lm.mod->m->wbnds.bounds = 0;
   const int rc = esmestimate(lm.mod->m, lm.ks);
   EXPECT_TRUE(rc == 0 || rc == 90) << rc;

@@ -26,9 +26,12 @@ const ModelCase kModels[] = {
     {"ADDWINTERS", kEsmAddWinters, {0.3, 0.2, 0.4}, 4, false},
     {"WINTERS", kEsmWinters, {0.3, 0.2, 0.4}, 4, true},
     {"MULTSEASONAL", kEsmMultSeasonal, {0.3, 0.4, 0}, 4, true},
+    {"SIMPLE", kEsmSimple, {0.4, 0, 0}, 0, false},
 };
 
-bool trended(const ModelCase& c) { return c.method != kEsmSeasonal && c.method != kEsmMultSeasonal; }
+bool trended(const ModelCase& c) {
+  return c.method != kEsmSeasonal && c.method != kEsmMultSeasonal && c.method != kEsmSimple;
+}
 
 // A short positive series with a trend, a cycle of 4 and flagged values;
 // it starts in the second season.
@@ -250,9 +253,9 @@ TEST(ModelFamily, AnalyticGradientMatchesCentralDifferences) {
 TEST(ModelFamily, EstimatorRecoversSimulatedWeights) {
   // Tolerance 0.1 on each weight, on 600 observations; the trend weights
   // are chosen large enough to be identified at that length.
-  const double w[7][3] = {{0.5, 0.4, 0},   {0.5, 0.4, 0.9}, {0.3, 0, 0},  {0.4, 0.5, 0},
-                          {0.4, 0.3, 0.5}, {0.4, 0.3, 0.5}, {0.4, 0.5, 0}};
-  for (int i = 0; i < 7; ++i) {
+  const double w[8][3] = {{0.5, 0.4, 0},   {0.5, 0.4, 0.9}, {0.3, 0, 0},  {0.4, 0.5, 0},
+                          {0.4, 0.3, 0.5}, {0.4, 0.3, 0.5}, {0.4, 0.5, 0}, {0.6, 0, 0}};
+  for (int i = 0; i < 8; ++i) {
     const ModelCase& c = kModels[i];
     const auto y = simulated(c, w[i], 600, 11 + static_cast<unsigned>(i));
     Model o(y, c.method, c.ns);
@@ -263,25 +266,6 @@ TEST(ModelFamily, EstimatorRecoversSimulatedWeights) {
       EXPECT_NEAR(o.m->pest.parms[j], w[i][j], 0.1) << c.name << " weight " << j;
     EXPECT_FALSE(wzmis(o.m->pest.mse)) << c.name;
   }
-}
-
-TEST(ModelFamily, WeightPushedToABoundIsHeldThere) {
-  // A line with white noise has no trend changes: the trend weight goes to
-  // its lower bound and stays on it.
-  std::mt19937_64 gen(3);
-  std::normal_distribution<double> nd;
-  std::vector<double> y;
-  for (int t = 0; t < 200; ++t) y.push_back(10 + 0.5 * t + nd(gen));
-  Model a(y, kEsmLinear);
-  ASSERT_GE(esmfit(a.m), 0);
-  EXPECT_EQ(a.m->pest.parms[1], 0.001);
-  EXPECT_GE(a.m->pest.parms[0], 0.001);
-  // A held weight starts and stays on its lower bound.
-  Model b(y, kEsmDampTrend);
-  b.m->wbnds.wdamflg = 1;
-  b.m->wbnds.wdamp[0] = 0.95;
-  ASSERT_GE(esmfit(b.m), 0);
-  EXPECT_EQ(b.m->pest.parms[2], 0.95);
 }
 
 TEST(ModelFamily, StablePointIsNeverLeftForAnUnstableOne) {
@@ -404,19 +388,23 @@ TEST(ModelFamily, DriverForecastsContinueFromTheFittedStartAndEsmsumAgrees) {
   for (const auto& c : kModels) {
     auto y = simulated(c, c.w, 60, 21);
     y[17] = kMissing;
-    Model o(y, c.method, c.ns);
+    Model o(y.data(), 60, c.method, c.ns, 0, nullptr, 100.0);
     ASSERT_EQ(o.rc, 0) << c.name;
     ASSERT_GE(esmfit(o.m), 0) << c.name;
     const int lead = c.ns ? c.ns : 6;  // within one cycle for the seasonal ones
     std::vector<double> pred(60 + lead), res(pred.size()), lev(pred.size()), sd(pred.size()),
-        sea(pred.size(), -1.0);
+        sea(pred.size(), -1.0), date(pred.size()), act(pred.size()), up(pred.size());
     FOR_OUT out;
     out.predicted = pred.data();
     out.residual = res.data();
     out.level = lev.data();
     out.season = sea.data();
     out.std = sd.data();
-    ASSERT_EQ(esmprd(o.m, y.data(), 60, 0.0, 0, 0.05, lead, &out), 0) << c.name;
+    out.date = date.data();
+    out.actual = act.data();
+    out.upper = up.data();
+    ASSERT_EQ(esmprd(o.m, y.data(), 60, 100.0, 0, 0.05, lead, &out), 0) << c.name;
+    EXPECT_EQ(o.m->parms.parms, o.m->pest.parms) << "missing weights take the estimates";
     double w[3] = {0, 0, 0};
     for (std::size_t i = 0; i < o.m->pest.parms.size(); ++i) w[i] = o.m->pest.parms[i];
     oracle::State s;
@@ -427,9 +415,13 @@ TEST(ModelFamily, DriverForecastsContinueFromTheFittedStartAndEsmsumAgrees) {
       const bool flagged = wzmis(y[t]);
       const double p = oracle::step(c.method, w, s, flagged ? 0.0 : y[t], c.ns ? t % c.ns : 0, flagged);
       EXPECT_NEAR(pred[t], p, 1e-9 * (1 + std::fabs(p))) << c.name << t;
+      EXPECT_EQ(date[t], 100.0 + t) << "the observation grid";
+      EXPECT_NEAR(sd[t], std::sqrt(o.m->pest.mse), 1e-12) << c.name;
+      EXPECT_NEAR(up[t] - pred[t], kZ975 * sd[t], 1e-9) << c.name;
       if (flagged) {
-        EXPECT_TRUE(wzmis(res[t])) << c.name;
+        EXPECT_TRUE(wzmis(res[t]) && wzmis(act[t])) << c.name;
       } else {
+        EXPECT_EQ(act[t], y[t]);
         EXPECT_NEAR(res[t], y[t] - p, 1e-9 * (1 + std::fabs(p)));
       }
     }
@@ -438,9 +430,27 @@ TEST(ModelFamily, DriverForecastsContinueFromTheFittedStartAndEsmsumAgrees) {
       EXPECT_NEAR(sea[60], s.S[0], 1e-9) << c.name << ": lead 1 is season 60 mod 4 = 0";
     } else {
       EXPECT_EQ(sea[0], -1.0) << c.name << ": no season column";
+      // A series from another start date is backcast again from the start
+      // values the fit began with.
+      std::vector<double> p2(42), u2(42);
+      FOR_OUT o2;
+      o2.predicted = p2.data();
+      o2.upper = u2.data();
+      ASSERT_EQ(esmprd(o.m, y.data() + 18, 42, 118.0, 0, 0.10, 0, &o2), 0) << c.name;
+      EXPECT_EQ(o2.n, 42);
+      const std::vector<double> tail(y.begin() + 18, y.end());
+      s.L = o.m->svi.level;
+      s.T = o.m->svi.trend;
+      const auto ref = oracle::pass(c.method, w, tail, std::vector<char>(42, 0), {}, s);
+      for (int t = 0; t < 42; ++t) {
+        EXPECT_NEAR(p2[t], ref.pred[t], 1e-9 * (1 + std::fabs(p2[t]))) << c.name << t;
+        EXPECT_NEAR(u2[t] - p2[t], 1.6448536269514722 * std::sqrt(o.m->pest.mse), 1e-9);
+      }
     }
     const double* fc = pred.data() + 60;
     for (int k = 1; k <= lead; ++k) {
+      EXPECT_TRUE(wzmis(act[59 + k]) && wzmis(res[59 + k])) << c.name;
+      EXPECT_EQ(date[59 + k], 159.0 + k);
       double s1 = 0, sl = 0;
       ASSERT_EQ(esmsum(o.m, fc, lead, k, 0.05, nullptr, &sl, nullptr, nullptr), 0);
       ASSERT_EQ(esmsum(o.m, fc, k, k, 0.05, nullptr, &s1, nullptr, nullptr), 0);

@@ -147,33 +147,6 @@ TEST(StartValues, NeutralWithoutRegressionAndTooFewValues) {
   EXPECT_EQ(zesdsvi(x.data(), f.data(), 1, 1, &L, &T), -2);
 }
 
-TEST(DampTrend, ForecastsLevelOffAndPhiOneIsHolt) {
-  const std::vector<double> x = {5, 6, 8, 9, 11, 12, 14, 15, 17, 18};
-  const std::vector<char> f(x.size(), 0);
-  const long n = 10;
-  const long lead = 60;
-  std::vector<double> rows(static_cast<std::size_t>((n + lead) * kZes3RowLen));
-  double L = 18, T = -1.4, mse = 0;
-  ASSERT_EQ(zes3prd(x.data(), f.data(), 20, n, 0.5, 0.3, 0.8, &L, &T, 0, n - 1, lead, 1.0, 0.05, 0,
-                    &mse, rows.data()),
-            0);
-  // p_k -> L + T phi/(1 - phi) = L + 4 T.
-  EXPECT_NEAR(rows[(n + lead - 1) * kZes3RowLen + 1], L + T * 0.8 / 0.2, 1e-4);
-  EXPECT_NEAR(rows[n * kZes3RowLen + 1], L + 0.8 * T, 1e-12);
-  // phi = 1: the forecasts and variances of Holt's method.
-  std::vector<double> r3((n + 5) * kZes3RowLen), r2((n + 5) * kZes2RowLen);
-  double L3 = 18, T3 = -1.4, L2 = 18, T2 = -1.4, m3 = 0, m2 = 0;
-  ASSERT_EQ(zes3prd(x.data(), f.data(), 20, n, 0.5, 0.3, 1.0, &L3, &T3, 0, n - 1, 5, 1.0, 0.05,
-                    0, &m3, r3.data()),
-            0);
-  ASSERT_EQ(zes2prd(x.data(), f.data(), 20, n, 0.5, 0.3, &L2, &T2, 0, n - 1, 5, 1.0, 0.05, 0,
-                    &m2, r2.data()),
-            0);
-  for (long t = 0; t < n + 5; ++t)
-    for (int col : {1, 2, 3, 5})
-      EXPECT_NEAR(r3[t * kZes3RowLen + col], r2[t * kZes2RowLen + col], 1e-12) << t << " " << col;
-}
-
 TEST(EdgeCases, DoubleWeightNearZeroAndMultiplicativeFloor) {
   const std::vector<double> x = {1, 2, 3, 4};
   const std::vector<char> f(4, 0);

@@ -52,29 +52,6 @@ TEST(Zes1Pnt, HandWorkedStepAndGuards) {
   EXPECT_TRUE(wzmis(D));
 }
 
-TEST(Zes1Smo, MatchesDirectRecursionWithFlags) {
-  std::mt19937_64 gen(11);
-  std::normal_distribution<double> nd(0.0, 1.0);
-  for (int rep = 0; rep < 4; ++rep) {
-    const std::size_t n = 5 + 9 * rep;
-    std::vector<double> x(n);
-    std::vector<char> flag(n, 0);
-    for (std::size_t t = 0; t < n; ++t) {
-      x[t] = 20 + 3 * nd(gen);
-      flag[t] = t % 4 == 2;
-    }
-    for (double w : {0.001, 0.5, 0.999}) {
-      oracle::State s;
-      ASSERT_EQ(zes1svi(x.data(), flag.data(), static_cast<long>(n), 1, &s.L), 0);
-      const auto p = oracle::pass(kEsmSimple, &w, x, flag, {}, s);
-      double L = s.L, mse = 0;
-      ASSERT_EQ(zes1smo(x.data(), flag.data(), 40, static_cast<long>(n), w, &L, &mse), 0);
-      EXPECT_NEAR(mse, p.ss / static_cast<double>(p.nobs), 1e-10 * (1 + mse)) << n << " " << w;
-      EXPECT_NEAR(L, p.final.L, 1e-10 * std::fabs(p.final.L));
-    }
-  }
-}
-
 TEST(Zes1Smo, DegenerateInputsAndGuards) {
   const char f0[] = {0, 0, 0, 0};
   const char f1[] = {1, 1, 1, 1};
