@@ -1,11 +1,13 @@
+// The missing-value helpers and the padded names of the run.
 #include "run/missing.hpp"
 
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <limits>
+
+#include "run/strings.hpp"
 
 namespace qvt {
 namespace {
@@ -14,49 +16,42 @@ std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(x); }
 
 // Bit patterns of the missing values, written out from the table of codes.
 TEST(Missing, PatternsOfTheCodes) {
-  struct Case { int code; std::uint64_t pattern; };
-  const Case cases[] = {
+  const std::pair<int, std::uint64_t> cases[] = {
       {'.', 0xFFFFFE0000000000ULL}, {' ', 0xFFFFFE0000000000ULL}, {'?', 0xFFFFFE0000000000ULL},
-      {'_', 0xFFFFFF0000000000ULL}, {'-', 0xFFFFFF0000000000ULL},
-      {'A', 0xFFFFFD0000000000ULL}, {'a', 0xFFFFFD0000000000ULL},
-      {'I', 0xFFFFF50000000000ULL}, {'M', 0xFFFFF10000000000ULL},
+      {'_', 0xFFFFFF0000000000ULL}, {'-', 0xFFFFFF0000000000ULL}, {'A', 0xFFFFFD0000000000ULL},
+      {'a', 0xFFFFFD0000000000ULL}, {'I', 0xFFFFF50000000000ULL}, {'M', 0xFFFFF10000000000ULL},
       {'Z', 0xFFFFE40000000000ULL}, {'z', 0xFFFFE40000000000ULL},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(bits(skMissVal(c.code)), c.pattern) << "code " << static_cast<char>(c.code);
-  }
+  for (const auto& [code, pattern] : cases) EXPECT_EQ(bits(skMissVal(code)), pattern) << char(code);
 }
 
-TEST(Missing, AllTwentyEightAreMissingAndDistinct) {
+// All 28 codes are missing, distinct, and give their code back.
+TEST(Missing, CodesRoundTrip) {
   std::vector<std::uint64_t> seen;
   for (int c : {'.', '_'}) seen.push_back(bits(skMissVal(c)));
   for (int c = 'A'; c <= 'Z'; ++c) seen.push_back(bits(skMissVal(c)));
-  ASSERT_EQ(seen.size(), 28u);
   for (std::size_t i = 0; i < seen.size(); ++i) {
-    EXPECT_EQ(wzmis(std::bit_cast<double>(seen[i])), 1);
+    const double x = std::bit_cast<double>(seen[i]);
+    EXPECT_EQ(wzmis(x), 1);
+    EXPECT_EQ(missCode(x), i == 0 ? '.' : i == 1 ? '_' : int('A' + i - 2));
     for (std::size_t j = i + 1; j < seen.size(); ++j) EXPECT_NE(seen[i], seen[j]);
   }
-}
-
-TEST(Missing, CodeRoundTrip) {
-  EXPECT_EQ(missCode(skMissVal('.')), '.');
-  EXPECT_EQ(missCode(skMissVal('_')), '_');
-  for (int c = 'A'; c <= 'Z'; ++c) EXPECT_EQ(missCode(skMissVal(c)), c);
   EXPECT_EQ(missCode(1.5), 0);
   EXPECT_EQ(missCode(std::bit_cast<double>(0xFFFFFE0000000001ULL)), 0);  // missing, but not of the table
 }
 
 TEST(Missing, TestLooksAtUpperSixteenBitsOnly) {
+  const double inf = std::numeric_limits<double>::infinity();
   EXPECT_EQ(wzmis(0.0), 0);
   EXPECT_EQ(wzmis(-1e308), 0);
-  EXPECT_EQ(wzmis(std::numeric_limits<double>::infinity()), 0);
-  EXPECT_EQ(wzmis(-std::numeric_limits<double>::infinity()), 0);  // 0xFFF0...: not all sixteen bits set
+  EXPECT_EQ(wzmis(inf), 0);
+  EXPECT_EQ(wzmis(-inf), 0);  // 0xFFF0...: not all sixteen bits set
   EXPECT_EQ(wzmis(std::bit_cast<double>(0xFFFF000000000000ULL)), 1);
   EXPECT_EQ(wzmis(std::bit_cast<double>(0xFFFE000000000000ULL)), 0);
   EXPECT_EQ(wzmis(std::bit_cast<double>(0x7FFF000000000000ULL)), 0);  // a positive NaN is not missing
 }
 
-TEST(Missing, ZmissrClassifiesAndCounts) {
+TEST(Missing, ZmissrClassifiesAndCountsAndFillWritesExactlyLen) {
   long count = 0;
   EXPECT_EQ(zmissr(skMissVal('Q'), 10.0, &count), 1);
   EXPECT_EQ(zmissr(10.0, 10.0, &count), 0);
@@ -64,14 +59,25 @@ TEST(Missing, ZmissrClassifiesAndCounts) {
   EXPECT_EQ(zmissr(10.5, 10.0, &count), -1);
   EXPECT_EQ(zmissr(-1e300, 10.0, nullptr), -1);
   EXPECT_EQ(count, 1);
-}
-
-TEST(Missing, FillWritesExactlyLen) {
   double v[5] = {1, 2, 3, 4, 5};
   vzfdl(kMissing, v + 1, 3);
   EXPECT_EQ(v[0], 1);
   EXPECT_EQ(wzmis(v[1]) + wzmis(v[2]) + wzmis(v[3]), 3);
   EXPECT_EQ(v[4], 5);
+}
+
+TEST(Strings, PadClipAndNames) {
+  const std::pair<std::string, std::string> cases[] = {{"abc", "abc   "}, {"abcdefgh", "abcdef"}, {"", "      "}};
+  for (const auto& [from, want] : cases) {
+    char to[6];
+    vzmp(from.data(), static_cast<long>(from.size()), to, 6);
+    EXPECT_EQ(std::string(to, 6), want);
+  }
+  u_sname n("sales");
+  EXPECT_EQ(n.len, 5);
+  EXPECT_EQ(n.view(), "sales");
+  EXPECT_EQ(n.text[31], ' ');
+  EXPECT_EQ(u_sname(std::string(40, 'x')).len, 32);
 }
 
 }  // namespace

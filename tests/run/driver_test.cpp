@@ -1,0 +1,305 @@
+// The per-series run: completion of OUT= by USE=, REPLACEMISSING and
+// REPLACEBACK and the summary row's forecast columns, on hand-built frames
+// whose cells are worked out by hand from the period arithmetic; failure
+// accounting and memory; OUT= of several series through the spool.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "output/qvtds.hpp"
+#include "output/ztspool.hpp"
+#include "run/append.hpp"
+#include "run/dovqvt.hpp"
+#include "run/qvtout.hpp"
+#include "smoothing/esmfor.hpp"
+#include "test_host.hpp"
+
+namespace qvt {
+namespace {
+
+using testing::day;
+using testing::InputRun;
+constexpr double M = kMissing;
+
+std::string cells(const std::vector<double>& v) { return testing::cells(v.data(), long(v.size())); }
+
+// A frame of `nobs` periods with LEAD=3 and the series `y` (tobs cells) whose
+// used range is worked out as the per-series run does it. The forecast
+// vectors hold 100+i (predicted), 200+i (lower), 300+i (upper) for row i.
+struct Frame {
+  QVTCOM com;
+  VAR var;
+  FORSTMT f;
+  std::vector<double> y, pred, lower, upper;
+  FOR_OUT fore;
+
+  Frame(std::vector<double> series, long nobs, int back, int use, bool repmiss, bool repback) : y(series) {
+    com.istmt.lead = 3;
+    com.istmt.back = back;
+    com.out.nobs = nobs;
+    com.out.tobs = nobs + 3;
+    f.use.code = use;
+    f.replacemissing = repmiss;
+    f.replaceback = repback;
+    var.fstmt = &f;
+    com.current.varptr = &var;
+    long s = 0, e = nobs - back;
+    while (s < e && wzmis(y[s])) ++s;
+    while (e > s && wzmis(y[e - 1])) --e;
+    com.current.start = s;
+    com.current.nobs = e - s;
+    com.current.lead = nobs - back - e + 3;
+    fore.n = com.current.nobs + com.current.lead;
+    for (long i = 0; i < fore.n; ++i) {
+      pred.push_back(100.0 + double(i));
+      lower.push_back(200.0 + double(i));
+      upper.push_back(300.0 + double(i));
+    }
+    fore.predicted = pred.data();
+    fore.lower = lower.data();
+    fore.upper = upper.data();
+  }
+};
+
+TEST(Append, UseReplaceMissingBackAndTheGrowingHorizon) {
+  // Six periods, LEAD=3; the used range is periods 1..4 (s 1, n 4), period 3
+  // is missing inside it and period 5 is a missing tail, so the horizon is 4
+  // and the forecasts (rows 4..7 of fore) fill periods 5..8.
+  // With BACK=2 the fit range is periods 0..3 with values at 1 and 2 (s 1,
+  // n 2, horizon 4); fore row i is period 1 + i. The BACK= periods 4 and 5
+  // keep their actuals and only LEAD - BACK = 1 forecast follows (row 5,
+  // period 6); REPLACEBACK overwrites periods 3..5 with rows 2..4.
+  const std::vector<double> y = {M, 1, 2, M, 4, M, M, M, M}, yb = {M, 1, 2, M, 4, 5, M, M, M};
+  const struct {
+    int back, use;
+    bool repmiss, repback;
+    const char* want;
+  } cases[] = {
+      {0, kUseNone, true, false, ".,1,2,.,4,.,.,.,."},
+      {0, kUsePredict, false, false, ".,1,2,.,4,104,105,106,107"},
+      {0, kUsePredict, true, false, ".,1,2,102,4,104,105,106,107"},
+      {0, kUseLower, false, false, ".,1,2,.,4,204,205,206,207"},
+      {0, kUseUpper, true, false, ".,1,2,302,4,304,305,306,307"},
+      {2, kUsePredict, false, false, ".,1,2,.,4,5,105,.,."},
+      {2, kUsePredict, false, true, ".,1,2,102,103,104,105,.,."},
+  };
+  for (const auto& c : cases) {
+    Frame fr(c.back ? yb : y, 6, c.back, c.use, c.repmiss, c.repback);
+    EXPECT_EQ(fr.com.current.lead, 4);
+    append(&fr.com, &fr.fore, fr.y.data());
+    EXPECT_EQ(cells(fr.y), c.want) << c.use << c.repmiss;
+  }
+}
+
+TEST(Summation, LastForecastSumsAndLeadCells) {
+  const std::vector<double> y = {1, 2, 3, 4, 5, M, M, M};
+  // LEAD=3 equal to STARTSUM=3: the summary is the last forecast (row 7).
+  Frame fr(y, 5, 0, kUseLower, false, false);
+  std::vector<double> std(8, 9.0), forlead(3, 0.0);
+  fr.fore.std = std.data();
+  fr.com.outsum.forlead = forlead.data();
+  fr.com.istmt.startsum = 3;
+  EXPECT_EQ(summation(&fr.com, nullptr, &fr.fore), 0);
+  const auto& o = fr.com.outsum;
+  EXPECT_EQ(cells({o.pred, o.lower, o.upper, o.std}), "107,207,307,9");
+  EXPECT_EQ(cells(forlead), "205,206,207");  // USE=LOWER: the lower limits of the leads
+  // Under a transformation the limits of the last forecast don't stand.
+  fr.com.current.trnscode = kTrnsLog;
+  summation(&fr.com, nullptr, &fr.fore);
+  EXPECT_EQ(cells({o.pred, o.lower, o.upper, o.std}), "107,.,.,.");
+  // A transformed series sums the forecasts from STARTSUM= on, skipping
+  // missing ones; with all of them missing the sum is missing. USE=NONE
+  // leaves the lead cells missing.
+  fr.f.use.code = kUseNone;
+  fr.com.istmt.startsum = 2;
+  fr.pred[6] = M;
+  summation(&fr.com, nullptr, &fr.fore);
+  EXPECT_EQ(cells({o.pred}), "107");
+  EXPECT_EQ(cells(forlead), ".,.,.");
+  fr.pred[7] = M;
+  summation(&fr.com, nullptr, &fr.fore);
+  EXPECT_TRUE(wzmis(o.pred));
+  // No LEAD=: nothing to sum.
+  Frame none(y, 5, 0, kUsePredict, false, false);
+  none.com.istmt.lead = 0;
+  none.com.outsum.pred = 1;
+  summation(&none.com, nullptr, &none.fore);
+  EXPECT_TRUE(wzmis(none.com.outsum.pred));
+}
+
+TEST(Summation, SumOfSimpleSmoothingForecastsAgainstTheDirectVariance) {
+  // SES forecasts are flat, so the sum of leads 1..3 is 3 times the last
+  // forecast. Its error variance, from the MA form e_k = sum_m psi_m a_(k-m)
+  // with psi_0 = 1, psi_m = w: Var = s2 * sum_{i,j=1..3} sum_{m<min(i,j)}
+  // psi_m psi_(m+|i-j|), written out directly here.
+  const std::vector<double> x = {12, 15, 11, 14, 16, 13, 17, 15, 18, 16, 19, 17};
+  const long n = static_cast<long>(x.size());
+  const int lead = 3;
+  INTERVAL intv;
+  ASSERT_EQ(zintic(45, &intv), 0);
+  WINMODEL* esm = nullptr;
+  ASSERT_EQ(esmint(x.data(), n, &intv, 0.0, 0, 0, kModelSimple, -1, &esm), 0);
+  ASSERT_GE(esmfit(esm), 0);
+  Frame fr(x, n, 0, kUsePredict, false, false);
+  std::vector<double> std(n + lead, M);
+  fr.fore.std = std.data();
+  ASSERT_EQ(esmprd(esm, x.data(), n, 0.0, 0, 0.05, lead, &fr.fore), 0);
+  fr.com.istmt.startsum = 1;
+  summation(&fr.com, esm, &fr.fore);
+  const double w = esm->parms.parms[0];
+  auto psi = [w](int m) { return m == 0 ? 1.0 : w; };
+  double v = 0;
+  for (int i = 1; i <= lead; ++i)
+    for (int j = 1; j <= lead; ++j)
+      for (int m = 0; m < std::min(i, j); ++m) v += psi(m) * psi(m + std::abs(i - j));
+  const double sd = std::sqrt(v * esm->pest.mse), z = 1.959963984540054;
+  const auto& o = fr.com.outsum;
+  EXPECT_NEAR(o.pred, 3 * fr.pred[n], 1e-12 * std::fabs(fr.pred[n]));
+  EXPECT_NEAR(o.std, sd, 1e-12 * sd);
+  EXPECT_NEAR(o.upper - o.pred, z * o.std, 1e-9);
+  EXPECT_NEAR(o.pred - o.lower, z * o.std, 1e-9);
+  esmtrm(esm);
+}
+
+// A host with a memory budget and the series "units" in hand.
+struct Rig {
+  std::ostringstream log;
+  testing::RecordingHost host;
+  QVTCOM com;
+  VAR var;
+  explicit Rig(std::size_t memsize) : host(testing::hostConfig("", &log, memsize)) {
+    EXPECT_EQ(host.init(), 0);
+    com.host = &host;
+    var.name.set("units");
+    com.current.varptr = &var;
+    com.current.var = var.name;
+  }
+};
+
+TEST(Memory, DeficitEndsTheSeriesWithTheCodeOfTheStep) {
+  for (const int nby : {0, 1}) {
+    Rig r(4096);
+    r.com.nby = nby;
+    EXPECT_EQ(memory(&r.com), 0);  // no deficit: nothing happens
+    EXPECT_EQ(r.com.error, 0);
+    const PoolHandle pool = hostPoolCreate(r.host, 0, 1024, 6);
+    EXPECT_EQ(hostPoolAlloc(r.host, pool, 1 << 20), nullptr);  // beyond the budget
+    EXPECT_EQ(memory(&r.com), -1);
+    EXPECT_EQ(r.host.args(kMsgProc, kMsgSeriesMemory), "units");
+    EXPECT_EQ(r.com.error, 1);
+    EXPECT_EQ(r.com.rc, nby ? kRcMemoryBy : kRcMemory);
+    EXPECT_EQ(r.com.memdef, 0);  // reported once, then cleared
+    EXPECT_EQ(memory(&r.com), 0);
+    EXPECT_EQ(r.host.numbers(kMsgProc), std::vector<int>({kMsgSeriesMemory}));
+  }
+}
+
+TEST(Failure, CountsEveryFailureAndAllowsMessagesUpToMaxerror) {
+  // OUT= isn't open, so the rows of a failed series go nowhere; what counts
+  // here is the status and the count against MAXERROR=.
+  for (const long maxerror : {0L, 1L, 3L}) {
+    Rig r(0);
+    r.com.maxerror = maxerror;
+    r.com.nvars = 1;
+    for (long k = 1; k <= 4; ++k) {
+      EXPECT_EQ(failure(&r.com, kStatusEstimation), k <= maxerror) << maxerror << " " << k;
+      EXPECT_EQ(r.com.counts.failures, k);
+      EXPECT_EQ(r.com.current.status, kStatusEstimation);
+    }
+  }
+}
+
+TEST(Putresult, SpoolThatFailsEndsTheStep) {
+  // With several series the results go to the spool; a write that fails
+  // leaves rows that can't be trusted, so the step ends with rc 1020 after
+  // message 40, and nothing after putresult runs.
+  Rig r(0);
+  r.com.nvars = 2;
+  std::vector<double> y = {1, 2, 3};
+  r.com.out.y = y.data();
+  r.com.out.tobs = 3;
+  ASSERT_EQ(ztinit(r.host, &r.com.infile, &r.com.outfile), 0);
+  putresult(&r.com);  // a good write first
+  r.host.setSpoolWriteFailure(2);
+  bool after = false;
+  EXPECT_EQ(hostRunStep(r.host, [&] {
+              putresult(&r.com);
+              after = true;
+            }),
+            kRcSpool);
+  EXPECT_FALSE(after);
+  EXPECT_EQ(r.host.numbers(kMsgProc), std::vector<int>({kMsgSpoolFailed}));
+}
+
+// OUT= of several series: the row filter's rules, and the rows that qvtout
+// writes from a transposed spool. Eight month starts from January 2020:
+// START= adds one period ahead of the input (first = id[1]), the input ends
+// at id[4], the forecasts at id[6].
+void frame(QVTCOM& com, std::vector<double>& id) {
+  for (int m = 1; m <= 8; ++m) id.push_back(double(day(2020, m, 1)));
+  com.out.id = id.data();
+  com.out.tobs = 8;
+  com.out.first = id[1];
+  com.out.last = id[4];
+  com.out.forlast = id[6];
+  EXPECT_EQ(zintstr("MONTH", 5, &com.istmt.intv), 0);
+  com.istmt.align = 'E';
+}
+
+TEST(Qvtout, FilterOfHistoryRangeAndEnd) {
+  // Expected result for obs 0..8, without and with NOOUTALL.
+  const int all[] = {1, 0, 0, 0, 0, 0, 0, 2, 2}, fut[] = {1, 1, 1, 1, 1, 0, 0, 2, 2};
+  for (const int nooutall : {0, 1}) {
+    QVTCOM com;
+    std::vector<double> id;
+    frame(com, id);
+    com.op.nooutall = static_cast<char>(nooutall);
+    for (long obs = 0; obs <= 8; ++obs) {
+      SCOPED_TRACE(::testing::Message() << "nooutall " << nooutall << " obs " << obs);
+      const int r = qvtoutx(&com, obs, 0, nullptr);
+      EXPECT_EQ(r, (nooutall ? fut : all)[obs]);
+      if (r == 0) {
+        EXPECT_EQ(com.id.val, day(2020, int(obs) + 2, 1) - 1);  // ALIGN=END
+      } else if (obs < 8) {
+        EXPECT_EQ(com.id.val, id[std::size_t(obs)]);
+      }
+    }
+  }
+  // Without an interval the ID is written as it stands.
+  QVTCOM com;
+  std::vector<double> id;
+  frame(com, id);
+  com.istmt.intv = INTERVAL{};
+  EXPECT_EQ(qvtoutx(&com, 3, 0, nullptr), 0);
+  EXPECT_EQ(com.id.val, id[3]);
+}
+
+TEST(Qvtout, RowsOfAllSeriesFromTheTransposedSpool) {
+  InputRun r("series=units,price csv=date,units,price/2020-02-01,1,10");
+  std::vector<double> id;
+  // Results of the run, series-major: each series' P = 7 cells (BACK=1).
+  const std::vector<double> units = {0, 1, 2, 3, 4, 5.5, 6.5}, price = {0, 10, 20, 30, 40, 50, 60};
+  const int rc = hostRunStep(r.host, [&] {
+    ASSERT_EQ(hostDsOpen(r.host, "out", DsMode::Output, &r.com.ds.out.fileid), 0);
+    qvtds(&r.com);
+    ASSERT_EQ(r.com.error, 0);
+    frame(r.com, id);
+    r.com.istmt.back = 1;
+    ASSERT_EQ(ztput(r.host, r.com.outfile, 7, units.data()), 0);
+    ASSERT_EQ(ztput(r.host, r.com.outfile, 7, price.data()), 0);
+    ASSERT_EQ(zttrans(r.host, r.com.outfile, r.com.infile, 2, 7), 0);
+    qvtout(&r.com);
+    EXPECT_EQ(qvtend(&r.com), 0);
+  });
+  ASSERT_EQ(rc, 0) << r.log.str();
+  // Periods 1 to 6 at their month ends: period 0 is before the input.
+  std::ifstream f(r.dir + "/out.csv");
+  std::stringstream text;
+  text << f.rdbuf();
+  EXPECT_EQ(text.str(), "date,units,price\n2020-02-29,1,10\n2020-03-31,2,20\n2020-04-30,3,30\n"
+                        "2020-05-31,4,40\n2020-06-30,5.5,50\n2020-07-31,6.5,60\n");
+}
+
+}  // namespace
+}  // namespace qvt
