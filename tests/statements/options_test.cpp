@@ -125,21 +125,13 @@ TEST(Options, IdVariableIntervalAndForecastLists) {
   EXPECT_EQ(s.fld[3].vars().items[0].first, "Date");
   EXPECT_EQ(s.fld[4].text(), "month2.2");
   ASSERT_TRUE(s.fld[4].interval != nullptr);
-  EXPECT_EQ(s.fld[4].interval->intcode, 45);  // MONTH
-  EXPECT_EQ(s.fld[4].interval->intper, 2);
-  EXPECT_EQ(s.fld[4].interval->shiftper, 1);  // the text .2 is stored counted from 0
-
+  // MONTH is interval 45; the shift .2 is stored counted from 0.
+  const INTERVAL& iv = *s.fld[4].interval;
+  EXPECT_EQ(std::to_string(iv.intcode) + " " + std::to_string(iv.intper) + " " + std::to_string(iv.shiftper), "45 2 1");
+  // The first item of each FORECAST list as written; an empty list has none.
   Parsed f("qvt; forecast _ALL_; forecast a b1-b3 / model=simple; forecast;");
-  EXPECT_EQ(f.rc, 0);
-  ASSERT_EQ(f.p.head.size(), 4u);
-  EXPECT_EQ(f.p.head[1].name, "FORECAST");
-  EXPECT_EQ(f.p.head[1].fld[17].text(), "_ALL_");
-  EXPECT_EQ(f.p.head[1].fld[1].vars().items.at(0).code, VarItemCode::All);
-  EXPECT_EQ(f.p.head[2].fld[17].text(), "a");
-  ASSERT_EQ(f.p.head[2].fld[1].vars().items.size(), 2u);
-  EXPECT_EQ(f.p.head[2].fld[1].vars().items[1].text, "b1-b3");
-  EXPECT_TRUE(f.p.head[3].given(1));
-  EXPECT_TRUE(f.p.head[3].fld[1].vars().items.empty());
+  EXPECT_EQ(f.p.head.at(1).fld[17].text() + " " + f.p.head.at(2).fld[17].text(), "_ALL_ a");
+  EXPECT_TRUE(f.p.head.at(3).given(1) && f.p.head[3].fld[1].vars().items.empty());
   EXPECT_FALSE(f.p.head[3].given(17));
 }
 
