@@ -55,25 +55,20 @@ Outcome run(std::vector<VecReader::Rec> recs, std::vector<ByVar> by, bool notsor
     o.error = kHostBadArgument;
     return o;
   }
-  for (;;) {
-    const int g = cur.nextGroup(o.diag);
-    if (g < 0) {
-      o.error = g;
-      return o;
-    }
-    if (g == 0) break;
+  int g = 0;
+  while ((g = cur.nextGroup(o.diag)) > 0) {
     o.groups.emplace_back();
-    for (std::size_t n = 0; n < readPerGroup; ++n) {
-      const int r = cur.nextRecord(o.diag);
-      if (r < 0) {
-        o.error = r;
-        return o;
-      }
-      if (r == 0) break;
+    int r = 0;
+    for (std::size_t n = 0; n < readPerGroup && (r = cur.nextRecord(o.diag)) > 0; ++n) {
       o.groups.back().push_back(cur.current().num[2]);
       EXPECT_EQ(cur.currentObs(), static_cast<long long>(cur.current().num[2]));  // v is the record number
     }
+    if (r < 0) {
+      o.error = r;
+      return o;
+    }
   }
+  o.error = g;  // 0 after the last group
   return o;
 }
 

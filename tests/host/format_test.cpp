@@ -20,7 +20,8 @@ TEST(Format, RendersTheHandWorkedTable) {
     std::string out;
     EXPECT_EQ(renderValue(testing::caseValue(r[0]), spec, &out), 0);
     // The width of the format, the text aligned right.
-    ASSERT_EQ(out.size(), static_cast<std::size_t>(spec.width > 0 ? spec.width : findFormat(spec.name)->defaultWidth));
+    const int width = spec.width > 0 ? spec.width : findFormat(spec.name)->defaultWidth;
+    ASSERT_EQ(out.size(), static_cast<std::size_t>(width));
     EXPECT_EQ(out.substr(std::min(out.find_first_not_of(' '), out.size())), r[2]) << "[" << out << "]";
   }
 }

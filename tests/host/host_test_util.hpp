@@ -38,8 +38,6 @@ class TempDir {
     std::error_code ec;
     std::filesystem::remove_all(path_, ec);
   }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
   const std::string& path() const { return path_; }
   std::string file(const std::string& name) const { return path_ + "/" + name; }
   void write(const std::string& name, const std::string& bytes) const {
@@ -94,7 +92,8 @@ struct HostFixture {
   std::ostringstream log;
   std::unique_ptr<ProcessHost> host;
   std::string db;
-  explicit HostFixture(bool sqlite = false, long long failRowAt = 0, int busyMs = 5000) : db(dir.file("lib.db")) {
+  explicit HostFixture(bool sqlite = false, long long failRowAt = 0, int busyMs = 5000)
+      : db(dir.file("lib.db")) {
     HostConfig cfg = jsonlConfig(log, {sqlite ? "lib=sqlite:" + db : "lib=" + dir.path(), "csv=" + dir.path()});
     cfg.failRowWriteAt = failRowAt;
     cfg.sqliteBusyMs = busyMs;
@@ -237,9 +236,10 @@ inline double caseValue(const std::string& s) {
   if (s == ".") return kMissing;
   if (s.size() == 2 && s[0] == '.' && !std::isdigit(static_cast<unsigned char>(s[1]))) return skMissVal(s[1]);
   if (s.size() >= 10 && s[4] == '-' && s[7] == '-') {
-    const double day = hostMdyToDate(std::stoi(s.substr(5, 2)), std::stoi(s.substr(8, 2)), std::stoi(s.substr(0, 4)));
+    const auto num = [&](std::size_t at, std::size_t n) { return std::stoi(s.substr(at, n)); };
+    const double day = hostMdyToDate(num(5, 2), num(8, 2), num(0, 4));
     if (s.size() == 10) return day;
-    return day * 86400.0 + std::stoi(s.substr(11, 2)) * 3600 + std::stoi(s.substr(14, 2)) * 60 + std::stod(s.substr(17));
+    return day * 86400.0 + num(11, 2) * 3600 + num(14, 2) * 60 + std::stod(s.substr(17));
   }
   return std::strtod(s.c_str(), nullptr);
 }

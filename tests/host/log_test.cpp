@@ -56,6 +56,14 @@ TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
     EXPECT_EQ(h.exitStatus(4), strict ? 1 : 0);
     EXPECT_EQ(h.exitStatus(108), 2);
     EXPECT_EQ(log.str().substr(0, 6), "NOTE: ");
+    // A message's text into a label: blank-padded, or cut to the room there is.
+    tchar buf[40];
+    const int n = hostMsgText(h, buf, 40, 900, 38, {std::string("f")});
+    EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)), "The file f has a header but no records.");
+    EXPECT_EQ(buf[39], ' ');
+    EXPECT_EQ(hostMsgText(h, buf, 8, 900, 38, {std::string("f")}), 8);
+    EXPECT_EQ(std::string(buf, 8), "The file");
+    EXPECT_EQ(hostMsgText(h, buf, 40, 1, 1), 0);  // no such row
   }
 }
 
@@ -78,21 +86,6 @@ TEST(Log, LogFileAndBadConfiguration) {
   DsHandle ds;
   EXPECT_EQ(h.dsOpen("db.t", DsMode::Input, &ds), kHostNotFound);
   EXPECT_EQ(testing::hostNumbers(dir.read("run.log")).back(), 102);
-}
-
-TEST(Log, MsgTextFillsLabels) {
-  std::ostringstream log;
-  HostConfig cfg;
-  cfg.logStream = &log;
-  ProcessHost h(cfg);
-  tchar buf[40];
-  const int n = hostMsgText(h, buf, 40, 900, 38, {std::string("f")});
-  EXPECT_EQ(std::string(buf, static_cast<std::size_t>(n)), "The file f has a header but no records.");
-  EXPECT_EQ(buf[39], ' ');  // blank-padded
-  tchar small[8];
-  EXPECT_EQ(hostMsgText(h, small, 8, 900, 38, {std::string("f")}), 8);
-  EXPECT_EQ(std::string(small, 8), "The file");
-  EXPECT_EQ(hostMsgText(h, buf, 40, 1, 1), 0);  // no such row
 }
 
 // A host that only collects messages answers every other operation plainly.
@@ -134,9 +127,8 @@ TEST(Log, ProgressLineWaitsAndClearsBeforeALogLine) {
   const std::size_t before = progress.str().size();
   hostMsgLog(h, 900, 21, {std::string("X"), 1LL, 1LL});
   EXPECT_EQ(progress.str().size(), before) << "nothing to clear the second time";
-  HostConfig none;
-  none.logStream = &log;
-  ProcessHost quiet(none);
+  cfg.progressStream = nullptr;
+  ProcessHost quiet(cfg);
   quiet.progress(9);  // no stream: no line, and no crash
 }
 

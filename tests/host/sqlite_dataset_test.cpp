@@ -50,7 +50,6 @@ class RawDb {
     sqlite3_finalize(s);
     return out;
   }
-  sqlite3* get() { return db_; }
 
  private:
   sqlite3* db_ = nullptr;
@@ -131,27 +130,19 @@ TEST(SqliteDataSet, SameVariablesAndValuesAsCsv) {
 
   for (const bool typed : {false, true}) {
     SCOPED_TRACE(typed ? "REAL numbers" : "untyped text");
-    {
-      RawDb raw(f.db);
-      std::string create = "DROP TABLE IF EXISTS cells; CREATE TABLE cells(";
-      for (std::size_t c = 0; c < cells[0].size(); ++c)
-        create += (c ? ", " : "") + cells[0][c] + (typed && c == 0 ? " REAL" : "");
-      ASSERT_EQ(raw.exec(create + ")"), SQLITE_OK);
-      sqlite3_stmt* s = nullptr;
-      ASSERT_EQ(sqlite3_prepare_v2(raw.get(), "INSERT INTO cells VALUES(?,?,?,?,?,?,?,?)", -1, &s, nullptr), SQLITE_OK);
-      for (std::size_t r = 1; r < cells.size(); ++r) {
-        for (std::size_t c = 0; c < cells[r].size(); ++c) {
-          const std::string& v = cells[r][c];
-          const int p = static_cast<int>(c + 1);
-          if (typed && c == 0 && v.empty()) sqlite3_bind_null(s, p);
-          else if (typed && c == 0 && v[0] != '.') sqlite3_bind_double(s, p, std::stod(v));
-          else sqlite3_bind_text(s, p, v.c_str(), -1, SQLITE_TRANSIENT);
-        }
-        ASSERT_EQ(sqlite3_step(s), SQLITE_DONE);
-        sqlite3_reset(s);
+    // The same cells as SQL literals; numbers of the first column bare when typed.
+    std::string sql = "DROP TABLE IF EXISTS cells; CREATE TABLE cells(";
+    for (std::size_t c = 0; c < cells[0].size(); ++c)
+      sql += (c ? ", " : "") + cells[0][c] + (typed && !c ? " REAL" : "");
+    sql += "); INSERT INTO cells VALUES ";
+    for (std::size_t r = 1; r < cells.size(); ++r) {
+      for (std::size_t c = 0; c < cells[r].size(); ++c) {
+        const std::string& v = cells[r][c];
+        const bool bare = typed && c == 0 && (v.empty() || v[0] != '.');
+        sql += std::string(c ? ", " : r > 1 ? "), (" : "(") + (bare ? (v.empty() ? "NULL" : v) : "'" + v + "'");
       }
-      sqlite3_finalize(s);
     }
+    ASSERT_EQ(RawDb(f.db).exec(sql + ")"), SQLITE_OK) << sql;
     expectSame(readTable(*f.host, "lib.cells"), want);
   }
 }
