@@ -162,33 +162,15 @@ TEST(Summation, SumOfSimpleSmoothingForecastsAgainstTheDirectVariance) {
   esmtrm(esm);
 }
 
-// A host with a memory budget and the series "units" in hand.
-struct Rig {
-  std::ostringstream log;
-  testing::RecordingHost host;
-  QVTCOM com;
-  VAR var;
-  explicit Rig(std::size_t memsize) : host(testing::hostConfig("", &log, memsize)) {
-    EXPECT_EQ(host.init(), 0);
-    com.host = &host;
-    var.name.set("units");
-    com.current.varptr = &var;
-    com.current.var = var.name;
-  }
-};
-
 TEST(Memory, DeficitEndsTheSeriesWithTheCodeOfTheStep) {
   for (const int nby : {0, 1}) {
-    Rig r(4096);
-    r.com.nby = nby;
+    InputRun r("memsize=4096 nby=" + std::to_string(nby));
+    r.com.current.var = r.vars[0].name;
     EXPECT_EQ(memory(&r.com), 0);  // no deficit: nothing happens
-    EXPECT_EQ(r.com.error, 0);
-    const PoolHandle pool = hostPoolCreate(r.host, 0, 1024, 6);
-    EXPECT_EQ(hostPoolAlloc(r.host, pool, 1 << 20), nullptr);  // beyond the budget
+    EXPECT_EQ(hostPoolAlloc(r.host, r.com.tpool, 1 << 20), nullptr);  // beyond the budget
     EXPECT_EQ(memory(&r.com), -1);
-    EXPECT_EQ(r.host.args(kMsgProc, kMsgSeriesMemory), "units");
-    EXPECT_EQ(r.com.error, 1);
-    EXPECT_EQ(r.com.rc, nby ? kRcMemoryBy : kRcMemory);
+    EXPECT_EQ(r.host.args(kMsgProc, kMsgSeriesMemory), "y");
+    r.expect(nby ? "err=1 rc=116" : "err=1 rc=1016");
     EXPECT_EQ(r.com.memdef, 0);  // reported once, then cleared
     EXPECT_EQ(memory(&r.com), 0);
     EXPECT_EQ(r.host.numbers(kMsgProc), std::vector<int>({kMsgSeriesMemory}));
@@ -199,9 +181,7 @@ TEST(Failure, CountsEveryFailureAndAllowsMessagesUpToMaxerror) {
   // OUT= isn't open, so the rows of a failed series go nowhere; what counts
   // here is the status and the count against MAXERROR=.
   for (const long maxerror : {0L, 1L, 3L}) {
-    Rig r(0);
-    r.com.maxerror = maxerror;
-    r.com.nvars = 1;
+    InputRun r("maxerror=" + std::to_string(maxerror));
     for (long k = 1; k <= 4; ++k) {
       EXPECT_EQ(failure(&r.com, kStatusEstimation), k <= maxerror) << maxerror << " " << k;
       EXPECT_EQ(r.com.counts.failures, k);
@@ -214,8 +194,7 @@ TEST(Putresult, SpoolThatFailsEndsTheStep) {
   // With several series the results go to the spool; a write that fails
   // leaves rows that can't be trusted, so the step ends with rc 1020 after
   // message 40, and nothing after putresult runs.
-  Rig r(0);
-  r.com.nvars = 2;
+  InputRun r("series=a,b id= csv=a,b/1,2");
   std::vector<double> y = {1, 2, 3};
   r.com.out.y = y.data();
   r.com.out.tobs = 3;
@@ -248,23 +227,23 @@ void frame(QVTCOM& com, std::vector<double>& id) {
 }
 
 TEST(Qvtout, FilterOfHistoryRangeAndEnd) {
-  // Expected result for obs 0..8, without and with NOOUTALL.
-  const int all[] = {1, 0, 0, 0, 0, 0, 0, 2, 2}, fut[] = {1, 1, 1, 1, 1, 0, 0, 2, 2};
+  // Result and time ID for obs 0..8: rows kept carry the month end (ALIGN=END),
+  // without and with NOOUTALL; beyond the grid there is no ID.
+  const char* want[] = {"1:2020-01-01 0:2020-02-29 0:2020-03-31 0:2020-04-30 0:2020-05-31 0:2020-06-30 "
+                        "0:2020-07-31 2:2020-08-01 2",
+                        "1:2020-01-01 1:2020-02-01 1:2020-03-01 1:2020-04-01 1:2020-05-01 0:2020-06-30 "
+                        "0:2020-07-31 2:2020-08-01 2"};
   for (const int nooutall : {0, 1}) {
     QVTCOM com;
     std::vector<double> id;
     frame(com, id);
     com.op.nooutall = static_cast<char>(nooutall);
+    std::string got;
     for (long obs = 0; obs <= 8; ++obs) {
-      SCOPED_TRACE(::testing::Message() << "nooutall " << nooutall << " obs " << obs);
-      const int r = qvtoutx(&com, obs, 0, nullptr);
-      EXPECT_EQ(r, (nooutall ? fut : all)[obs]);
-      if (r == 0) {
-        EXPECT_EQ(com.id.val, day(2020, int(obs) + 2, 1) - 1);  // ALIGN=END
-      } else if (obs < 8) {
-        EXPECT_EQ(com.id.val, id[std::size_t(obs)]);
-      }
+      got += (obs ? " " : "") + std::to_string(qvtoutx(&com, obs, 0, nullptr));
+      got += obs < 8 ? ":" + testing::isoDate(long(com.id.val)) : "";
     }
+    EXPECT_EQ(got, want[nooutall]);
   }
   // Without an interval the ID is written as it stands.
   QVTCOM com;

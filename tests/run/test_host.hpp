@@ -76,15 +76,6 @@ struct RecordingHost : ProcessHost {
   }
 };
 
-inline HostConfig hostConfig(const std::string& dir, std::ostream* log, std::size_t memsize) {
-  HostConfig c;
-  if (!dir.empty()) c.libs = {"work=" + dir};
-  c.logStream = log;
-  c.logFormat = LogFormat::Jsonl;
-  c.memsize = memsize;
-  return c;
-}
-
 // A QVTCOM wired to the CSV input "input", set up by "key=value" words: csv
 // (records separated by '/'), interval and id (empty: none), series, by, nby,
 // acc, notsorted, maxerror, start and end (dates), lead, zeromiss, trend,
@@ -164,7 +155,11 @@ struct InputRun {
     std::istringstream in(setup);
     for (std::string w; in >> w;) kv[w.substr(0, w.find('='))] = w.substr(w.find('=') + 1);
     EXPECT_NE(::mkdtemp(dir.data()), nullptr);
-    return hostConfig(dir, &log, std::size_t(num("memsize")));
+    HostConfig c;
+    c.libs = {"work=" + dir};
+    c.logStream = &log;
+    c.memsize = std::size_t(num("memsize"));
+    return c;
   }
   long num(const std::string& key) const { return kv.count(key) ? std::stol(kv.at(key)) : 0; }
   double date(const std::string& key) const {
