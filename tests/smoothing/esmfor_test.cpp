@@ -140,50 +140,6 @@ TEST(Esmfit, PValues) {
   EXPECT_EQ(esmfit(o.m), -999) << "unknown method";
 }
 
-// Slow oracle: the variance of a sum of forecast errors from psi weights,
-// written as the double sum of covariances.
-double sumVariance(const std::vector<double>& psi, int start, int lead) {
-  double v = 0;
-  for (int i = start; i <= lead; ++i)
-    for (int j = start; j <= lead; ++j)
-      for (int m = 0; m < std::min(i, j); ++m) v += psi[m] * psi[m + std::abs(i - j)];
-  return v;
-}
-
-TEST(Esmsum, SumsAndVariance) {
-  const auto y = series(0.4, 40, 21);
-  Model o(y);
-  ASSERT_EQ(esmfit(o.m), 0);
-  Out out(46);
-  ASSERT_EQ(esmprd(o.m, y.data(), 40, 0.0, 0, 0.05, 6, &out.f), 0);
-  const double* fc = out.predicted.data() + 40;
-  const double w = o.m->parms.parms[0];
-  const double mse = o.m->pest.mse;
-  const std::vector<double> psi = {1, w, w, w, w, w};
-  const int ranges[][2] = {{1, 6}, {2, 4}, {3, 3}, {1, 1}, {6, 6}};
-  for (const auto& r : ranges) {
-    double s = 0, sd = 0, lo = 0, hi = 0;
-    ASSERT_EQ(esmsum(o.m, fc, r[1], r[0], 0.05, &s, &sd, &lo, &hi), 0);
-    double expect = 0;
-    for (int h = r[0]; h <= r[1]; ++h) expect += fc[h - 1];
-    EXPECT_NEAR(s, expect, 1e-12 * std::fabs(expect));
-    const double esd = std::sqrt(sumVariance(psi, r[0], r[1]) * mse);
-    EXPECT_NEAR(sd, esd, 1e-12 * esd) << r[0] << ".." << r[1];
-    EXPECT_NEAR(hi - s, kZ975 * esd, 1e-9);
-    EXPECT_NEAR(s - lo, kZ975 * esd, 1e-9);
-    if (r[0] == r[1]) {
-      EXPECT_NEAR(sd, out.std[39 + r[1]], 1e-12) << "that forecast's own";
-    }
-  }
-  // A missing forecast is left out of the sum; its lead still counts.
-  std::vector<double> f2(fc, fc + 6);
-  f2[2] = kMissing;
-  double s = 0, sd = 0;
-  ASSERT_EQ(esmsum(o.m, f2.data(), 6, 1, 0.05, &s, &sd, nullptr, nullptr), 0);
-  EXPECT_NEAR(s, fc[0] + fc[1] + fc[3] + fc[4] + fc[5], 1e-10);
-  EXPECT_NEAR(sd, std::sqrt(sumVariance(psi, 1, 6) * mse), 1e-10);
-}
-
 TEST(Esmsum, Failures) {
   const auto y = series(0.4, 20, 22);
   Model o(y);

@@ -198,55 +198,5 @@ TEST(EsmSeasonCodes, SeasonalKernelsRefuseMissingCodes) {
   EXPECT_EQ(zesssmo(y, fl.data(), 200, kN, 1, 0.3, 0.2, &level, &one, nullptr, &mse), 0);
 }
 
-TEST(EsmSum, AdditiveSeasonalVarianceBeyondOneCycle) {
-  const INTERVAL month = interval("MONTH");
-  constexpr int lead = 30;  // two and a half cycles of 12
-  for (const int method : {kEsmSeasonal, kEsmAddWinters}) {
-    Model a(kY.data(), kN, method, -1, 0, &month, kApril2001);
-    ASSERT_GE(esmfit(a.m), 0) << method;
-    std::vector<double> pred(kN + lead), sd(kN + lead);
-    FOR_OUT out;
-    out.predicted = pred.data();
-    out.std = sd.data();
-    ASSERT_EQ(esmprd(a.m, kY.data(), kN, kApril2001, 0, 0.05, lead, &out), 0) << method;
-    const double* fc = pred.data() + kN;
-    const double mse = a.m->pest.mse;
-    // psi weights from their closed form: w (plus j w g in Winters), plus
-    // (1 - w) d at each multiple of the cycle.
-    const auto& w = a.m->parms.parms;
-    const bool winters = method != kEsmSeasonal;
-    std::vector<double> psi(lead, 1.0), plain(lead, 1.0);
-    for (int j = 1; j < lead; ++j) {
-      plain[j] = w[0] + (winters ? j * w[0] * w[1] : 0.0);
-      psi[j] = plain[j] + (j % kNs == 0 ? (1.0 - w[0]) * w[winters ? 2 : 1] : 0.0);
-    }
-    const int ranges[][2] = {{30, 30}, {13, 13}, {25, 25}, {12, 12}, {20, 30}, {1, 30}};
-    for (const auto& r : ranges) {
-      // Slow direct double sum of the covariances of the lead errors.
-      double v = 0;
-      for (int i = r[0]; i <= r[1]; ++i)
-        for (int j = r[0]; j <= r[1]; ++j)
-          for (int k = 0; k < std::min(i, j); ++k) v += psi[k] * psi[k + std::abs(i - j)];
-      double sstd = 0, spred = 0;
-      ASSERT_EQ(esmsum(a.m, fc, r[1], r[0], 0.05, &spred, &sstd, nullptr, nullptr), 0);
-      EXPECT_NEAR(sstd * sstd, mse * v, 1e-10 * mse * v) << method << " " << r[0] << ".." << r[1];
-    }
-    // start = lead: the seasonal terms at 12 and 24 make a difference the
-    // test can see; the lead rows of ADDWINTERS carry the same psi sum.
-    double with = 0, without = 0;
-    for (int j = 0; j < lead; ++j) {
-      with += psi[j] * psi[j];
-      without += plain[j] * plain[j];
-    }
-    double sstd = 0;
-    ASSERT_EQ(esmsum(a.m, fc, lead, lead, 0.05, nullptr, &sstd, nullptr, nullptr), 0);
-    EXPECT_NEAR(sstd, std::sqrt(mse * with), 1e-10 * sstd) << method;
-    EXPECT_GT(std::fabs(with - without), 1e-6 * with) << method;
-    if (winters) {
-      EXPECT_NEAR(sd[kN + lead - 1], sstd, 1e-10 * sstd);
-    }
-  }
-}
-
 }  // namespace
 }  // namespace qvt
