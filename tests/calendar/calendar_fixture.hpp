@@ -40,6 +40,15 @@ inline INTERVALX ivx(const std::string& text) { return zintwiden(iv(text)); }
 inline double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
 inline int weekday0(double d) { return static_cast<int>(hostWeekday(d)) - 1; }  // 0 Sunday
 
+// The values joined by blanks, to compare several fields at once.
+template <class... T>
+std::string str(const T&... v) {
+  std::ostringstream o;
+  ((o << v << ' '), ...);
+  const std::string s = o.str();
+  return s.substr(0, s.size() - 1);
+}
+
 // The canonical text of an interval, and the token it carries.
 inline std::string name(const INTERVAL& i) {
   char buf[64];
@@ -134,6 +143,12 @@ struct Case {
   }
   // A missing expected value takes any missing value.
   bool same(double got, std::size_t k) const { return wzmis(x(k)) ? wzmis(got) != 0 : got == x(k); }
+  // Fields k to l joined by blanks.
+  std::string join(std::size_t k, std::size_t l) const {
+    std::string s = f.at(k);
+    while (++k <= l) s += " " + f.at(k);
+    return s;
+  }
   std::string where() const { return "hand_cases.csv line " + std::to_string(line); }
 };
 

@@ -32,7 +32,8 @@ int weekYear(double d, int first) {
 int weekPos(double d, int first) { return static_cast<int>((d - firstWeek(weekYear(d, first), first)) / 7); }
 
 // The codes against a slow formula of the step t.
-void expectCodes(const char* text, double start, int scode, int ns, int n, const std::function<int(int)>& want) {
+void expectCodes(const char* text, double start, int scode, int ns, int n,
+                 const std::function<int(int)>& want) {
   int rc = 0;
   const auto v = testing::codes(iv(text), start, scode, n, &ns, &rc);
   ASSERT_EQ(rc, 0) << text;
@@ -178,7 +179,7 @@ TEST(CycleCodes, AgainstSlowFormulas) {
     hostDateToMdy(d, &m, &dd, &y);
     if (dd == 1 || dd == 11 || dd == 21) tendays.push_back(3 * (m - 1) + (dd > 10) + (dd > 20));
   }
-  expectCodes("TENDAY", ymd(2005, 2, 21), 0, 36, 40, [&](int t) { return tendays.at(static_cast<std::size_t>(t)); });
+  expectCodes("TENDAY", ymd(2005, 2, 21), 0, 36, 40, [&](int t) { return tendays.at(std::size_t(t)); });
 }
 
 TEST(CycleCodes, WeeksInTheYearOfJanuary4) {
@@ -295,8 +296,7 @@ TEST(CycleSet, CycleOfAMultipleAndFromWhatTheCallerGives) {
     INTERVALX place, out;
     out.sinterval = &place;
     ASSERT_EQ(zintmult(&month, 3, &out, c.i(1)), 0);
-    EXPECT_EQ(name(out) + " " + name(place) + " " + std::to_string(out.nseasons),
-              "MONTH3. " + c.s(2) + " " + c.s(3));
+    EXPECT_EQ(testing::str(name(out), name(place), out.nseasons), "MONTH3. " + c.join(2, 3));
   }
   INTERVALX self = ivx("WEEK");  // a result and its source may be one record
   ASSERT_EQ(zintmult(&self, 52, &self, 0), 0);
@@ -307,7 +307,7 @@ TEST(CycleSet, CycleOfAMultipleAndFromWhatTheCallerGives) {
     int ns = c.i(3);
     EXPECT_EQ(zintsea_set(&x, ymd(2005, 7, 14), &s, &ns), c.i(4)) << c.where();
     if (c.i(4) != 0) continue;
-    EXPECT_EQ(testing::tokenOf(s) + " " + std::to_string(ns), c.s(5) + " " + c.s(6)) << c.where();
+    EXPECT_EQ(testing::str(testing::tokenOf(s), ns), c.join(5, 6)) << c.where();
     EXPECT_EQ(x.nseasons, c.i(6)) << c.where();
   }
   INTERVALX place, d = ivx("DAY");  // the record's own cycle place is filled too

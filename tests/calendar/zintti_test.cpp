@@ -140,8 +140,7 @@ TEST(Zinttic, ClassesAndCounts) {
     EXPECT_EQ(zinttic(pos.data(), static_cast<long>(pos.size()), c.i(2), flags.data(), &ndups, &ngaps), c.i(3))
         << c.where();
     for (auto& f : flags) f = static_cast<char>('0' + f);
-    EXPECT_EQ(flags + " " + std::to_string(ndups) + " " + std::to_string(ngaps),
-              c.s(6) + " " + c.s(4) + " " + c.s(5))
+    EXPECT_EQ(testing::str(ndups, ngaps, flags), c.join(4, 6))
         << c.where();
   }
   // A position outside the cells stops at once, counted up to it.
@@ -196,7 +195,8 @@ void expectStats(const ZINT_STATS& got, const ZINT_STATS& want, const std::strin
 
 // Random positions with duplicates, gaps, positions past the frame and
 // missing values.
-void makeRaw(unsigned seed, long ntid, long cells, bool sorted, std::vector<long>& pos, std::vector<double>& x) {
+void makeRaw(unsigned seed, long ntid, long cells, bool sorted, std::vector<long>& pos,
+             std::vector<double>& x) {
   std::mt19937 rng(seed);
   std::uniform_int_distribution<long> p(0, cells + 2);
   std::uniform_int_distribution<int> v(-40, 40);
@@ -449,11 +449,9 @@ TEST(Zintget, IntervalOfThreeTimeIds) {
     INTINFO info;
     const double d1 = c.x(1), d2 = c.x(2);
     ASSERT_EQ(zintget(d1, d2, c.x(3), &i, &info), 0) << c.where();
-    EXPECT_EQ(testing::tokenOf(i), c.s(4)) << c.where();
-    EXPECT_EQ(i.intcode, c.i(5)) << c.where();
-    EXPECT_EQ(std::max(i.intper, 1), c.i(6)) << c.where();
-    EXPECT_EQ(i.shiftper, c.i(7)) << c.where();
-    EXPECT_EQ(std::string(1, i.units), c.s(8)) << c.where();
+    // Token, code, multiplier (0 reads as 1), stored shift and units.
+    const int code = i.intcode, mult = std::max(i.intper, 1);  // a multiplier 0 reads as 1
+    EXPECT_EQ(testing::str(testing::tokenOf(i), code, mult, i.shiftper, i.units), c.join(4, 8)) << c.where();
     // The inferred grid really spaces the triple one interval apart.
     EXPECT_TRUE(i.intcode == kIntObs || zintnx2(i, d2, 0) == zintnx2(i, d1, 1)) << c.where();
   }
