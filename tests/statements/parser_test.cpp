@@ -91,11 +91,24 @@ const RepairCase kRepairs[] = {
     // Given-up statements leave no record, and the statements behind them are read.
     {"qvt; forecast a; forecast 'x' 'y' 'z'; forecast b;", {kMsgSyntax, kMsgUnrepairable}, 0, 1,
      "qvt; forecast a; forecast b;"},
-    {"qvt; by 'a' 'b' 'c'; forecast x / alpha=7;", {kMsgSyntax, kMsgUnrepairable, kMsgOutOfRange}, 0, 1, nullptr},
-    {"qvt; forecast x / alpha=; forecast y / holdout=-1;", {kMsgSyntax, kMsgRepaired, kMsgOutOfRange}, 1, 0, nullptr},
+    {"qvt; by 'a' 'b' 'c'; forecast x / alpha=7;", {kMsgSyntax, kMsgUnrepairable, kMsgOutOfRange}, 0, 1, 0},
+    {"qvt; forecast x / alpha=; forecast y / holdout=-1;", {kMsgSyntax, kMsgRepaired, kMsgOutOfRange}, 1, 0, 0},
+    // A repeated option warns, and the last one stands.
+    {"qvt lead=3 lead=4;", {kMsgRepeated}, 0, 0, "qvt lead=4;"},
+    {"qvt; id t interval=month setmissing=avg setmissing=7;", {kMsgRepeated}, 0, 0,
+     "qvt; id t interval=month setmissing=7;"},
+    {"qvt; id t interval=month setmissing=7 setmissing=prev;", {kMsgRepeated}, 0, 0,
+     "qvt; id t interval=month setmissing=prev;"},
+    {"qvt; id t interval=month start='01JAN2020'd start='13:30't;", {kMsgRepeated}, 0, 0,
+     "qvt; id t interval=month start='13:30't;"},
+    {"qvt; forecast x / model=simple model=linear;", {kMsgRepeated}, 0, 0, "qvt; forecast x / model=linear;"},
     // The second ID statement writes the interval again: two warnings, no error.
     {"qvt; id t interval=month; id u interval=qtr;", {kMsgSecondStatement, kMsgRepeated}, 0, 0, nullptr},
     {"qvt; id t interval=fortnight;", {kMsgBadInterval}, 0, 0, nullptr},
+    // Empty programs and statements outside a step.
+    {"", {kMsgEmptyProgram}, 0, 0, nullptr},
+    {"   \n\t/* only a comment */ * a statement comment;", {kMsgEmptyProgram}, 0, 0, nullptr},
+    {"forecast x;", {kMsgOutsideStep}, 0, 0, nullptr},
 };
 
 TEST(Repair, MessagesCountsAndRecords) {
@@ -106,7 +119,8 @@ TEST(Repair, MessagesCountsAndRecords) {
     for (std::size_t k = 0; k < r.h.msgs.size(); ++k) EXPECT_FALSE(r.h.text(k).empty()) << "no catalogue row";
     EXPECT_EQ(r.p.nrepaired, c.repaired);
     EXPECT_EQ(r.p.nskipped, c.skipped);
-    EXPECT_EQ(r.p.error, c.messages.back() == kMsgRepeated ? 0 : kStatementsUnusable);
+    EXPECT_EQ(r.rc, c.messages.back() == kMsgRepeated ? 0 : kStatementsUnusable);
+    EXPECT_EQ(r.p.error, r.rc);
     if (c.clean) {
       EXPECT_EQ(stmtJson(r.p)["records"], stmtJson(Parsed(c.clean).p)["records"]);
     }
@@ -126,15 +140,6 @@ TEST(Repair, ErrorNamesFileLineColumnAndShowsTheLine) {
   EXPECT_EQ(r.h.msgs[0].pos.col, 22);
   EXPECT_NE(r.h.text(0).find("prog.qvt, line 2, column 22"), std::string::npos) << r.h.text(0);
   EXPECT_NE(r.h.text(0).find("  forecast x / alpha=;\n                     ^"), std::string::npos) << r.h.text(0);
-}
-
-TEST(Repair, EmptyProgramsAndStepsWithoutQvt) {
-  for (const char* text : {"", "   \n\t", "/* only a comment */", "* a statement comment;", "forecast x;"}) {
-    Parsed r(text);
-    EXPECT_EQ(r.rc, kStatementsUnusable) << text;
-    const int want = std::string(text) == "forecast x;" ? kMsgOutsideStep : kMsgEmptyProgram;
-    EXPECT_EQ(r.h.numbers(), std::vector<int>{want}) << text;
-  }
 }
 
 nlohmann::json render(const std::string& text) {
@@ -182,7 +187,8 @@ TEST(StmtJson, NamesBitsAndFields) {
   EXPECT_EQ(field(proc, 7), R"j({"field":7,"option":"LEAD","kind":"number","value":5.0})j"_json);
   EXPECT_EQ(field(proc, 75)["value"], ".A") << "a missing value renders as its literal";
   EXPECT_EQ(j["records"][1]["statement"], "FORECAST");
-  EXPECT_EQ(field(j["records"][1], 2), R"j({"field":2,"option":"MODEL","kind":"number","value":50.0,"name":"BESTALL"})j"_json);
+  EXPECT_EQ(field(j["records"][1], 2),
+            R"j({"field":2,"option":"MODEL","kind":"number","value":50.0,"name":"BESTALL"})j"_json);
   EXPECT_TRUE(render("qvt print=none;")["records"][0]["bits"].empty());
 }
 
@@ -212,7 +218,8 @@ void checkProgram(const std::string& text, std::set<int>* seen = nullptr) {
       parseError |= row->severity == Severity::Error;
     }
     bool lexicalError = false;
-    for (auto at : prog.errorAt) lexicalError |= at >= st.beginOffset && at < std::max(st.endOffset, st.beginOffset + 1);
+    for (auto at : prog.errorAt)
+      lexicalError |= at >= st.beginOffset && at < std::max(st.endOffset, st.beginOffset + 1);
     ASSERT_EQ(rc != 0, parseError || lexicalError) << text;
     ASSERT_EQ(rc, p.error);
     ASSERT_FALSE(p.head.empty()) << "a step always has its procedure record";
@@ -277,7 +284,8 @@ TEST(Corpus, EveryProgramGivesItsMessages) {
 TEST(Fuzz, TruncatedPrograms) {
   const std::string programs[] = {
       "qvt data=sales out=work.o lead=6 print=(estimates forecasts) plot=spectrum(alpha=0.1 center=yes);\n"
-      "  id date interval=month accumulate=total setmissing=0 zeromiss=both start='01jan2020'd format=monyy7.;\n"
+      "  id date interval=month accumulate=total setmissing=0 zeromiss=both start='01jan2020'd\n"
+      "  format=monyy7.;\n"
       "  forecast a b1-b3 c--d 'e f'n / model=bestall criterion=mape transform=boxcox(0.5) alpha=0.05;\n"
       "  idm interval=(method=simple levelrest=(0.1, 0.9)) size=(bounds=(1 . )) base=auto;\n"
       "  by region descending city notsorted; /* done */ run;",

@@ -41,21 +41,10 @@ std::string str(std::string s) {
   return s;
 }
 
-std::string printFlags(const QVTCOM& c) {
-  const auto& p = c.print;
+// Flags as one digit each.
+std::string digits(std::initializer_list<char> flags) {
   std::string s;
-  for (char f : {p.all, p.descstats, p.summary, p.estimates, p.forecasts, p.statistics, p.none, p.summaryonly,
-                 p.overallonly, p.performancesummary, p.performanceoverall, p.seasons, p.trends})
-    s += f ? '1' : '0';
-  return s;
-}
-
-std::string plotFlags(const QVTCOM& c) {
-  const auto& g = c.plot;
-  std::string s;
-  for (char f : {g.all, g.basic, g.errors, g.acf, g.pacf, g.iacf, g.wn, g.corr, g.periodogram, g.spectrum, g.models,
-                 g.levels, g.trends, g.modelforecasts, g.forecasts, g.forecastsonly, g.none, g.seasons})
-    s += f ? '1' : '0';
+  for (char f : flags) s += f ? '1' : '0';
   return s;
 }
 
@@ -63,12 +52,15 @@ std::string plotFlags(const QVTCOM& c) {
 void expectFacts(const QVTCOM& c, const std::string& want) {
   const IDSTMT& i = c.istmt;
   const FORSTMT& f = c.fstmt[0];
+  const auto& p = c.print;
+  const auto& g = c.plot;
   std::map<std::string, std::string> facts = {
       {"lead", num(i.lead)}, {"back", num(i.back)}, {"startsum", num(i.startsum)}, {"maxerror", num(c.maxerror)},
       {"seasonality", num(i.seasonality)}, {"nseasons", num(i.nseasons)}, {"scode53", num(i.scode53)},
       {"nooutall", num(c.op.nooutall)}, {"sortnames", num(c.op.sortnames)}, {"details", num(c.print.details)},
       {"debug", num(c.op.debug)}, {"debugd", num(c.op.debugd)}, {"debugx", num(c.op.debugx)},
-      {"specalpha", num(c.spectrum.alpha)}, {"specmean", num(c.spectrum.meanAdj)}, {"plotspec", num(c.plot.spectrum)},
+      {"specalpha", num(c.spectrum.alpha)}, {"specmean", num(c.spectrum.meanAdj)},
+      {"plotspec", num(c.plot.spectrum)},
       {"request", num(c.trend.request)}, {"nby", num(c.nby)}, {"specified", num(i.specified)},
       {"idvar", num(c.id.dsvarno)}, {"idname", c.id.name.str()}, {"interval", i.interval.str()},
       {"intcode", num(i.intv.intcode)}, {"units", std::string(1, i.intv.units)}, {"time", num(i.time)},
@@ -87,9 +79,16 @@ void expectFacts(const QVTCOM& c, const std::string& want) {
       {"fsetmiss", num(f.setmiss.code)}, {"fsetmissval", num(f.setmiss.value)},
       {"fsetmissspec", num(f.setmiss.specified)}, {"fzeromiss", num(f.zeromiss.code)},
       {"repmiss", num(f.replacemissing)}, {"repback", num(f.replaceback)}, {"intermittent", num(f.intermittent)},
-      {"nbackcast", num(f.nbackcast)}, {"print", printFlags(c)}, {"plot", plotFlags(c)}, {"nfor", num(c.nfor)},
+      {"nbackcast", num(f.nbackcast)}, {"nfor", num(c.nfor)}, 
+      {"print", digits({p.all, p.descstats, p.summary, p.estimates, p.forecasts, p.statistics, p.none, p.summaryonly,
+                        p.overallonly, p.performancesummary, p.performanceoverall, p.seasons, p.trends})},
+      {"plot", digits({g.all, g.basic, g.errors, g.acf, g.pacf, g.iacf, g.wn, g.corr, g.periodogram, g.spectrum,
+                       g.models, g.levels, g.trends, g.modelforecasts, g.forecasts, g.forecastsonly, g.none,
+                       g.seasons})},
       {"maxlen", num(c.outsum.maxlen)}, {"bynotsorted", num(c.bynotsorted)},
-      {"series", ""}, {"models", ""}, {"by", ""}, {"opened", ""}, {"data", c.ds.data.lib.str() + "." + c.ds.data.mem.str()}, {"outfor", c.ds.outfor.lib.str() + "." + c.ds.outfor.mem.str()},
+      {"series", ""}, {"models", ""}, {"by", ""}, {"opened", ""},
+      {"data", c.ds.data.lib.str() + "." + c.ds.data.mem.str()},
+      {"outfor", c.ds.outfor.lib.str() + "." + c.ds.outfor.mem.str()},
   };
   // Each series as name:variable number:index of its FORECAST statement; the
   // model of each statement; the BY variables; the outputs opened, one digit each.
@@ -158,7 +157,9 @@ TEST(QvtparsDefaults, DebugOptionSetsTheTraceFlags) {
   const std::pair<const char*, const char*> cases[] = {
       {"", "00"}, {"DEBUG=syn", "10"}, {"debug=xSEMx", "01"}, {"DEBUG=sem,Syn", "11"}, {"DEBUG=other", "00"}};
   for (auto [opt, want] : cases) {
-    Step s("qvt data=sales; forecast sales;", *opt ? std::vector<std::string>{opt} : std::vector<std::string>{});
+    std::vector<std::string> options;
+    if (*opt) options.push_back(opt);
+    Step s("qvt data=sales; forecast sales;", options);
     EXPECT_EQ(std::to_string(s.stmts.syndebug) + std::to_string(s.stmts.semdebug), want) << opt;
   }
 }
@@ -244,17 +245,13 @@ TEST(QvtparsChecks, OutputOrMemoryThatCantBeHadEndsTheStep) {
 
 TEST(QvtparsChecks, LeadAboveTheLimitWithoutExitNotesAndClips) {
   Step s("qvt data=sales; forecast sales;");
-  STLIST f;
-  f.type = 1;
-  f.mode = StMode::Number;
-  f.v = 3e9;
+  const STLIST f{.type = 1, .mode = StMode::Number, .v = 3e9, .interval = {}, .pos = {}};
   int lead = 0;
   EXPECT_EQ(qvtGetLEAD(s.com.get(), &f, 12, 0, &lead), -1);
   EXPECT_EQ(lead, 100000000);
   const testing::Logged* m = s.host->find(773, 101);
   ASSERT_NE(m, nullptr);
-  EXPECT_EQ(std::get<long long>(m->args[0]), 3000000000LL);
-  EXPECT_EQ(std::get<long long>(m->args[1]), 100000000);
+  EXPECT_EQ(argText(m->args[0]) + " " + argText(m->args[1]), "3000000000 100000000");
   EXPECT_EQ(qvtGetLEAD(s.com.get(), nullptr, 7, 1, &lead), 0);
   EXPECT_EQ(lead, 7);
 }

@@ -18,7 +18,6 @@
 #include "statements/parser.hpp"
 #include "statements/qvtpars.hpp"
 #include "statements/scanner.hpp"
-#include "statements/steps.hpp"
 #include "statements/stmt_json.hpp"
 
 namespace qvt::testing {
