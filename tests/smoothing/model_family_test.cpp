@@ -310,6 +310,7 @@ TEST(ModelFamily, StabilityRegions) {
       {kEsmDampTrend, 0.2, 0.1, 0.98, 1},  {kEsmDampTrend, 1.99, 0.9, 0.95, 0},
       {kEsmSeasonal, 0.3, 0.5, 0, 1},      {kEsmSeasonal, 1.0, 0.5, 0, 0},  // v = (1 - w) d = 0
       {kEsmSeasonal, 0.5, 3.0, 0, 0},      // 2 - w - v = 0
+      {kEsmSeasonal, 0.5, 2.0, 0, 1},      // v = 1, 2 - w - v = 0.5
       {kEsmAddWinters, 0.3, 0.2, 0.5, 1},  {kEsmAddWinters, 0.3, 0.0, 0.5, 0},  // w g = 0
       {kEsmWinters, 0.5, 2.4, 0.5, 1},     // w g = 1.2 below b = 2 - 0.5 - 0.25
       {kEsmWinters, 0.5, 2.6, 0.5, 0},     // w g = 1.3 above it
