@@ -56,8 +56,8 @@ struct RecordingHost : ProcessHost {
       s += s.empty() ? "" : "|";
       if (const auto* t = std::get_if<std::string>(&a)) s += *t;
       if (const auto* i = std::get_if<long long>(&a)) s += std::to_string(*i);
-      if (const auto* x = std::get_if<double>(&a))
-        s += *x == double(long(*x)) && std::fabs(*x) < 1e6 ? isoDate(long(*x)) : fmt(*x);
+      const auto* x = std::get_if<double>(&a);
+      if (x) s += std::fabs(*x) < 1e6 && *x == std::floor(*x) ? isoDate(long(*x)) : fmt(*x);
     }
     msgs.emplace_back(group, number, s);
     ProcessHost::msgLog(group, number, args, at);
@@ -191,11 +191,12 @@ struct InputRun {
     const auto& o = com.out;
     const auto tid = host.numbers(882);
     std::string ids;
-    for (long t = 0; o.id && t < o.tobs; ++t) ids += (t ? "," : "") + isoDate(long(o.id[t]));
+    auto date = [](double x) { return std::fabs(x) < 1e7 ? isoDate(long(x)) : fmt(x); };
+    for (long t = 0; o.id && t < o.tobs; ++t) ids += (t ? "," : "") + date(o.id[t]);
     const std::map<std::string, std::string> got = {
         {"err", fmt(com.error)}, {"rc", fmt(com.rc)}, {"in", fmt(com.in.nobs)}, {"out", fmt(o.nobs)},
         {"tobs", fmt(o.tobs)}, {"soff", fmt(o.soffset)}, {"eoff", fmt(o.eoffset)}, {"ids", ids},
-        {"forlast", isoDate(long(o.forlast))}, {"dups", fmt(com.ndups)}, {"gaps", fmt(com.ngaps)},
+        {"forlast", date(o.forlast)}, {"dups", fmt(com.ndups)}, {"gaps", fmt(com.ngaps)},
         {"maxgap", fmt(com.maxgap)}, {"big", fmt(com.nbigval)}, {"n", fmt(com.in.n)},
         {"y", cells(com.in.y, com.in.nobs)}, {"pos", cells(com.in.pos, com.in.nobs)},
         {"outy", cells(o.y, std::max(o.nobs, o.tobs))}, {"vn", fmt(v.n)}, {"vnin", fmt(v.nin)},
