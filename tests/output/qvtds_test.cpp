@@ -120,9 +120,10 @@ TEST(OutputWriters, RoundTripThroughFiles) {
   // forecasts beside the components, each column with its label.
   const auto of = readBack(rig.dir.path(), "outfor");
   const auto oc = readBack(rig.dir.path(), "outcomp");
-  EXPECT_EQ(of.names(), (Names{"region", "_NAME_", "date", "ACTUAL", "PREDICT", "LOWER", "UPPER", "ERROR", "STD"}));
-  EXPECT_EQ(oc.names(), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "date", "ACTUAL", "PREDICT", "LEVEL",
-                               "TREND", "SEASON", "ERROR"}));
+  EXPECT_EQ(of.names(),
+            (Names{"region", "_NAME_", "date", "ACTUAL", "PREDICT", "LOWER", "UPPER", "ERROR", "STD"}));
+  EXPECT_EQ(oc.names(), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "date", "ACTUAL", "PREDICT",
+                               "LEVEL", "TREND", "SEASON", "ERROR"}));
   EXPECT_EQ(of.label, dsLabel(kLblOutfor));
   EXPECT_EQ(oc.label, dsLabel(kLblOutcomp));
   EXPECT_EQ(of.vars[2].label, "Month of sale");

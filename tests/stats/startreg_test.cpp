@@ -24,7 +24,8 @@ std::vector<double> series(long n, int ns, const std::vector<char>& f, double qu
   const double noise[] = {0.31, -0.12, 0.07, -0.44, 0.25, 0.02, -0.3, 0.18, -0.05, 0.4, -0.21};
   std::vector<double> y(n);
   for (long i = 0; i < n; ++i) {
-    y[i] = f[i] ? 1e300 : 10.0 + 0.8 * tOf(i) + quad * tOf(i) * tOf(i) + pattern[i % std::max(ns, 1)] + noise[i % 11];
+    const double trend = 10.0 + 0.8 * tOf(i) + quad * tOf(i) * tOf(i);
+    y[i] = f[i] ? 1e300 : trend + pattern[i % std::max(ns, 1)] + noise[i % 11];
   }
   return y;
 }
@@ -95,7 +96,9 @@ TEST(AdditiveStart, MatchesLeastSquares) {
     for (int s = 0; dummies && s < c.ns; ++s) centre += col[s] < 0 ? 0.0 : b[col[s]] / c.ns;
     if (dummies && !c.t) centre = static_cast<double>(sumY / used);
     if (dummies && c.c) checks.emplace_back(cc, centre);
-    for (int s = 0; s < c.ns; ++s) checks.emplace_back(sd[s], !dummies || col[s] < 0 ? kM : b[col[s]] - c.c * centre);
+    for (int s = 0; s < c.ns; ++s) {
+      checks.emplace_back(sd[s], !dummies || col[s] < 0 ? kM : b[col[s]] - c.c * centre);
+    }
     for (long i = 0; i < c.n; ++i) {
       const LRow x = row(i);
       long double fit = 0;
