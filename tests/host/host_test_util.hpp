@@ -112,6 +112,7 @@ struct Column {
 using Table = std::vector<Column>;
 
 inline void writeTable(ProcessHost& h, const std::string& name, const Table& t, const std::string& label = "") {
+  ASSERT_FALSE(t.empty()) << name;  // a failed read before: no columns to write
   DsHandle out;
   ASSERT_EQ(h.dsOpen(name, DsMode::Output, &out), 0);
   std::vector<double> num(t.size());
