@@ -184,14 +184,10 @@ TEST(EsmSeasonCodes, SeasonalKernelsRefuseMissingCodes) {
   EXPECT_EQ(zwinsmo(y, fl.data(), 200, kN, kNs, 1, 0.3, 0.1, 0.2, &level, &trend, s.data(),
                     nullptr, &mse),
             -999);
-  EXPECT_EQ(zwinprd(y, fl.data(), 200, kN, kNs, 0, 0.3, 0.1, 0.2, &level, &trend, s.data(),
-                    nullptr, 0, kN - 1, 3, 1.0, 0.05, 0, &mse, rows.data()),
-            -999);
   // The start-value entries of the method table likewise.
   SMOOTHVALS out;
   out.sfactor.assign(kNs, 0.0);
   EXPECT_EQ(esmmodelset(kEsmSeasonal)->svi(y, fl.data(), nullptr, kN, kNs, 1, 1, out), -999);
-  EXPECT_EQ(esmmodelset(kEsmWinters)->svi(y, fl.data(), nullptr, kN, kNs, 1, 0, out), -999);
   // A cycle of one season has only the code 0.
   double one = 0.0;
   level = 100;

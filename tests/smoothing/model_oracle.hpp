@@ -204,15 +204,9 @@ inline std::vector<double> simulate(int method, const double* w, std::size_t n, 
 
 // Simple smoothing is optimal for x_t = l_(t-1) + e_t, l_t = l_(t-1) + alpha e_t.
 inline std::vector<double> simple(double alpha, std::size_t n, unsigned seed, double level = 100) {
-  std::mt19937_64 gen(seed);
-  std::normal_distribution<double> nd(0.0, 1.0);
-  std::vector<double> x(n);
-  for (auto& v : x) {
-    const double e = nd(gen);
-    v = level + e;
-    level += alpha * e;
-  }
-  return x;
+  State s;
+  s.L = level;
+  return simulate(kEsmSimple, &alpha, n, seed, s, 0, 1.0);
 }
 
 // Least squares by the normal equations, solved by Gaussian elimination
