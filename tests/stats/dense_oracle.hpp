@@ -70,13 +70,8 @@ inline Dense inverse(const Dense& m) {
   return inv;
 }
 
-// Small symmetric positive definite matrices, including an ill-scaled one.
+// Small symmetric positive definite matrices.
 inline const Dense kSpd3 = {{4, 2, -2}, {2, 10, 4}, {-2, 4, 9}};
 inline const Dense kSpd4 = {{6, 1, 0.5, 2}, {1, 5, -1, 0}, {0.5, -1, 7, 1.5}, {2, 0, 1.5, 8}};
-inline const Dense kHilbert5 = {{1, 1. / 2, 1. / 3, 1. / 4, 1. / 5},
-                                {1. / 2, 1. / 3, 1. / 4, 1. / 5, 1. / 6},
-                                {1. / 3, 1. / 4, 1. / 5, 1. / 6, 1. / 7},
-                                {1. / 4, 1. / 5, 1. / 6, 1. / 7, 1. / 8},
-                                {1. / 5, 1. / 6, 1. / 7, 1. / 8, 1. / 9}};
 
 }  // namespace qvt::testing_dense
