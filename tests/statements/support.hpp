@@ -48,11 +48,6 @@ class Recording : public Base {
       if (group < 0 || m.group == group) n.push_back(m.number);
     return n;
   }
-  const Logged* find(int group, int number) const {
-    for (const auto& m : msgs)
-      if (m.group == group && m.number == number) return &m;
-    return nullptr;
-  }
   // The message as the catalogue writes it; empty when the catalogue has no row.
   std::string text(std::size_t k) const {
     const auto* e = catalogFind(msgs[k].group, msgs[k].number);
@@ -117,12 +112,11 @@ inline constexpr const char* kSalesCsv =
 // the step through hostExit. The step is ended (pools released, outputs
 // committed or discarded) when the object goes.
 struct Step {
-  explicit Step(const std::string& program, std::vector<std::string> options = {}, bool withData = true,
-                std::size_t memsize = 0) {
+  explicit Step(const std::string& program, std::vector<std::string> options = {}, std::size_t memsize = 0) {
     std::string t = (std::filesystem::temp_directory_path() / "qvt-pars-test-XXXXXX").string();
     if (!::mkdtemp(t.data())) throw std::runtime_error("mkdtemp failed");
     dir_ = t;
-    if (withData) std::ofstream(dir_ + "/sales.csv") << kSalesCsv;
+    std::ofstream(dir_ + "/sales.csv") << kSalesCsv;
     HostConfig cfg;
     cfg.libs = {"work=" + dir_};
     cfg.options = std::move(options);
@@ -146,9 +140,6 @@ struct Step {
     std::error_code ec;
     std::filesystem::remove_all(dir_, ec);
   }
-  Step(const Step&) = delete;
-  Step& operator=(const Step&) = delete;
-
   PROCSTR stmts;
   std::unique_ptr<QVTCOM> com;
   int rc = 0;
