@@ -9,20 +9,7 @@
 namespace qvt {
 namespace {
 
-std::vector<double> series(double alpha, std::size_t n, unsigned seed) {
-  return oracle::simple(alpha, n, seed, 20);
-}
-
-// Output vectors of n rows.
-struct Out {
-  std::vector<double> predicted, upper, std;
-  FOR_OUT f;
-  explicit Out(long n) : predicted(n), upper(n), std(n) {
-    f.predicted = predicted.data();
-    f.upper = upper.data();
-    f.std = std.data();
-  }
-};
+using oracle::simple;
 
 TEST(Esmint, Failures) {
   const std::vector<double> ok = {1, 2, 3, 4};
@@ -69,35 +56,39 @@ TEST(Esmint, ScanAndStartValue) {
 }
 
 TEST(Esmprd, CallerWeightsAndFailures) {
-  const auto y = series(0.5, 20, 8);
+  const auto y = simple(0.5, 20, 8, 20);
   Model o(y);
-  Out out(22);
-  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out.f), -999) << "not estimated";
+  std::vector<double> predicted(22), upper(22), sd(22);
+  FOR_OUT out;
+  out.predicted = predicted.data();
+  out.upper = upper.data();
+  out.std = sd.data();
+  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out), -999) << "not estimated";
   o.m->parms.parms[0] = 0.25;  // a weight of the caller's stands
-  ASSERT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out.f), 0);
+  ASSERT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out), 0);
   const double w = 0.25;
   oracle::State s;
   s.L = o.m->svi.level;
   const auto ref = oracle::pass(kEsmSimple, &w, y, std::vector<char>(20, 0), {}, s);
-  EXPECT_NEAR(out.predicted[7], ref.pred[7], 1e-12 * std::fabs(ref.pred[7]));
-  EXPECT_TRUE(wzmis(out.upper[7])) << "no error variance before a fit";
-  EXPECT_EQ(out.std[7], 0.0);
+  EXPECT_NEAR(predicted[7], ref.pred[7], 1e-12 * std::fabs(ref.pred[7]));
+  EXPECT_TRUE(wzmis(upper[7])) << "no error variance before a fit";
+  EXPECT_EQ(sd[7], 0.0);
   // Lead rows fall back on the pass's own mse, the sum of squares over
   // nobs - 1; var_2 = mse (1 + w^2).
   const double passMse = ref.ss / 19;
-  EXPECT_NEAR(out.std[21], std::sqrt(passMse * (1 + w * w)), 1e-12 * std::sqrt(passMse));
+  EXPECT_NEAR(sd[21], std::sqrt(passMse * (1 + w * w)), 1e-12 * std::sqrt(passMse));
   EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, nullptr), 0) << "out may be null";
   const std::vector<double> one = {kMissing, 3, kMissing};
-  EXPECT_EQ(esmprd(o.m, one.data(), 3, 0.0, 0, 0.05, 2, &out.f), -2);
-  EXPECT_EQ(esmprd(nullptr, y.data(), 20, 0.0, 0, 0.05, 2, &out.f), -999);
-  EXPECT_EQ(esmprd(o.m, nullptr, 20, 0.0, 0, 0.05, 2, &out.f), -999);
-  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, -1, &out.f), -999);
+  EXPECT_EQ(esmprd(o.m, one.data(), 3, 0.0, 0, 0.05, 2, &out), -2);
+  EXPECT_EQ(esmprd(nullptr, y.data(), 20, 0.0, 0, 0.05, 2, &out), -999);
+  EXPECT_EQ(esmprd(o.m, nullptr, 20, 0.0, 0, 0.05, 2, &out), -999);
+  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, -1, &out), -999);
   o.m->parms.parms[0] = 1e153;
-  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out.f), -999) << "weight too large";
+  EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out), -999) << "weight too large";
 }
 
 TEST(Esmfit, PValues) {
-  const auto y = series(0.5, 30, 12);
+  const auto y = simple(0.5, 30, 12, 20);
   Model o(y);
   ASSERT_EQ(esmfit(o.m), 0);
   const double t = std::fabs(o.m->pest.tvals[0]);
@@ -116,7 +107,7 @@ TEST(Esmfit, PValues) {
 }
 
 TEST(Esmsum, Failures) {
-  const auto y = series(0.4, 20, 22);
+  const auto y = simple(0.4, 20, 22, 20);
   Model o(y);
   const double f[3] = {1, 2, 3};
   double s = 0, sd = 0;

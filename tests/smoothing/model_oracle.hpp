@@ -138,7 +138,6 @@ struct Pass {
   std::vector<double> pred;  // forward one-step predictions
   double ss = 0;
   long nobs = 0;
-  State start;  // after the turn
   State final;
 };
 
@@ -150,7 +149,6 @@ inline Pass pass(int method, const double* w, const std::vector<double>& x,
   auto code = [&](long t) { return sc.empty() ? 0 : sc[static_cast<std::size_t>(t)]; };
   for (long t = n - 1; t >= 0; --t) step(method, w, s, x[t], code(t), flag[t] != 0);
   turn(method, w, s);
-  p.start = s;
   for (long t = 0; t < n; ++t) {
     const bool f = flag[t] != 0;
     const double pr = step(method, w, s, x[t], code(t), f);
