@@ -127,8 +127,6 @@ TEST(LogBeta, ClosedFormsAndLongDouble) {
   }
   for (double q : {20.0, 5000.0}) {
     const long double lq = q;
-    const long double half = std::lgamma(0.5L) + std::lgamma(lq) - std::lgamma(lq + 0.5L);
-    EXPECT_NEAR(zlbeta(0.5, q), static_cast<double>(half), 1e-13) << q;
     expectRel(zlbeta(q, q), 2 * std::lgamma(lq) - std::lgamma(2.0L * lq), 1e-13, "ln B(q, q)", q);
   }
   EXPECT_EQ(zlbeta(0.0, 1.0), 99.0);
