@@ -1,8 +1,5 @@
 // The format table and its lookups, and the default formats of intervals.
 
-#include <map>
-#include <set>
-
 #include "calendar_fixture.hpp"
 
 namespace qvt {
@@ -47,39 +44,6 @@ TEST(IntFmt, HandWorked) {
     EXPECT_EQ(run([&](char* n, short* l, short* a, short* b) { zintfmm(p, 0.0, n, l, a, b); }), want);
     EXPECT_EQ(run([&](char* n, short* l, short* a, short* b) { zintfmp(p, 0.0, 7200.0, n, l, a, b); }), want);
     EXPECT_EQ(run([&](char* n, short* l, short* a, short* b) { zintfmd(p, n, l, a, b); }), want);
-  }
-}
-
-// Shape invariants counted afresh: rows, distinct names, order by character
-// code, at most an 'F' and an 'I' row a name sharing the category.
-TEST(FmtTable, ShapeAndCategories) {
-  ASSERT_EQ(fmtinfox.size(), 1030u);
-  std::set<std::string> names;
-  std::map<std::string, int> count;
-  for (std::size_t i = 0; i < fmtinfox.size(); ++i) {
-    const FMTINFOX& b = fmtinfox[i];
-    names.insert(b.fmtname);
-    ++count[b.category];
-    if (i == 0) continue;
-    const FMTINFOX& a = fmtinfox[i - 1];
-    const int c = std::strcmp(a.fmtname, b.fmtname);
-    ASSERT_LE(c, 0) << a.fmtname << " " << b.fmtname;
-    if (c == 0) {
-      EXPECT_EQ(std::string() + a.fmttype + b.fmttype, "FI") << a.fmtname;
-      EXPECT_STREQ(a.category, b.category) << a.fmtname;
-      EXPECT_TRUE(i < 2 || std::strcmp(fmtinfox[i - 2].fmtname, a.fmtname) != 0) << "three rows";
-    }
-  }
-  EXPECT_EQ(names.size(), 720u);
-  const std::map<std::string, int> expected = {{"date", 385}, {"curr", 225}, {"datetime", 120},
-                                               {"binary", 89}, {"char", 86},  {"num", 66},
-                                               {"time", 48},   {"smf", 8},    {"stat", 3}};
-  EXPECT_EQ(count, expected);
-  for (const auto& c : testing::handCases("fmtcat")) {
-    const FMTINFOX* r = nullptr;
-    for (const FMTINFOX& x : fmtinfox)
-      if (!r && c.s(1) == x.fmtname) r = &x;
-    EXPECT_EQ(r ? std::string(r->category) : "", c.s(2)) << c.where();
   }
 }
 

@@ -1,4 +1,4 @@
-// Robustness: random texts, random (inconsistent) interval records, and
+// Robustness: random (inconsistent) interval records, and
 // every family at the calendar's edges and at values that aren't dates must
 // give result codes and missing values, never undefined behaviour. Run under
 // the sanitizers; the assertions check that every answer is one the
@@ -13,38 +13,6 @@ namespace qvt {
 namespace {
 
 using testing::iv;
-
-TEST(IntervalFuzz, RandomTextsParseOrFailCleanly) {
-  std::mt19937 rng(20260101);
-  const std::string alphabet = "MONTHWEEKDAYRQ4517.0T9xSVIB ";
-  std::uniform_int_distribution<int> lenDist(0, 24);
-  std::uniform_int_distribution<int> chDist(0, static_cast<int>(alphabet.size()) - 1);
-  int parsed = 0;
-  for (int trial = 0; trial < 20000; ++trial) {
-    std::string s;
-    // Half the texts start with a real name, so that tails get exercised.
-    if (trial % 2 == 0) s = (trial % 4 == 0) ? "WEEKDAY" : "MONTH";
-    const int len = lenDist(rng);
-    while (static_cast<int>(s.size()) < len) s += alphabet[static_cast<std::size_t>(chDist(rng))];
-    INTERVAL i;
-    const int rc = zintstr(s.data(), static_cast<int>(s.size()), &i);
-    ASSERT_TRUE(rc == 0 || rc == 1 || rc == 2 || rc == 101 || rc == 102 || rc == 103) << s << " gave " << rc;
-    ASSERT_TRUE(rc == 101 || (!s.empty() && s.size() <= 21)) << s;
-    if (rc != 0) continue;
-    ++parsed;
-    ASSERT_GE(i.intper, 1) << s;
-    ASSERT_GE(i.shiftper, 0) << s;
-    char buf[64];
-    int blen = sizeof buf;
-    ASSERT_EQ(zinti2s(buf, &blen, &i), 0) << s;
-    // A canonical text may outgrow a token ("TSEMIMON..." -> "DTSEMIMONTH...").
-    if (blen > kIntTokenMax) continue;
-    INTERVAL j;
-    ASSERT_EQ(zintstr(buf, blen, &j), 0) << s << " -> " << buf;
-    ASSERT_EQ(testing::name(i), testing::name(j)) << s;
-  }
-  EXPECT_GT(parsed, 100);  // the generator does reach valid texts
-}
 
 TEST(IntervalFuzz, InconsistentRecordsGiveMissingOrNumbers) {
   std::mt19937 rng(7);
@@ -87,11 +55,8 @@ TEST(IntervalFuzz, InconsistentRecordsGiveMissingOrNumbers) {
 // codes stay in 0 .. ns - 1 (or are scode), steps are missing or inside the
 // calendar, and nothing reads or writes out of bounds.
 TEST(CycleRobust, EdgesAndNonDates) {
-  const char* intervals[] = {"SECOND", "MINUTE5", "HOUR", "DTHOUR3", "DAY", "DTDAY", "WEEKDAY",
-                             "WEEKDAY1W3", "WEEK", "WEEK2", "DTWEEK", "WEEKV", "WEEK13.84",
-                             "TENDAY", "SEMIMONTH", "MONTH", "MONTH5", "DTMONTH", "R445MON",
-                             "R454QTR", "R544YR", "QTR", "SEMIYEAR", "YEAR", "YEAR3.4", "YEARV",
-                             "OBS", "OBS3"};
+  const char* intervals[] = {"MINUTE5", "DTHOUR3", "DAY", "WEEKDAY1W3", "WEEK2", "DTWEEK", "WEEKV",
+                             "WEEK13.84", "TENDAY", "SEMIMONTH", "MONTH5", "R454QTR", "YEAR3.4", "OBS3"};
   const double inf = std::numeric_limits<double>::infinity();
   const double values[] = {kFirstDate, kLastDate, kLastDate - 3, 0, -1, kFirstDate * 86400.0,
                            kLastDate * 86400.0, 1e300, -1e300, inf, -inf,

@@ -46,20 +46,6 @@ TEST(Zinttip, PositionsAgainstHandCounts) {
       EXPECT_EQ(maxpos, want);
     }
   }
-  // Sorted time IDs: positions are the counts of intervals from the base.
-  const std::tuple<const char*, double, double> cases[] = {{"WEEKDAY", 30000, 12000}, {"DTHOUR", 1.5e9, 3.3e8}};
-  for (const auto& [name, hi, b] : cases) {
-    std::uniform_real_distribution<double> u(0, hi);
-    for (auto& t : tid) t = std::floor(u(rng));
-    std::sort(tid.begin(), tid.end());
-    std::vector<long> pos(tid.size());
-    long maxpos = 0;
-    const int rc = zinttip(iv(name), "B", tid.data(), 40, b, 0, pos.data(), &maxpos, nullptr, nullptr);
-    EXPECT_TRUE(rc == 1 || rc == 2) << name << " rc " << rc;
-    for (std::size_t i = 0; i < tid.size(); ++i)
-      EXPECT_EQ(static_cast<double>(pos[i]), zintck2(iv(name), b, tid[i])) << name << " " << tid[i];
-    EXPECT_EQ(maxpos, std::max(0L, pos.back()));
-  }
 }
 
 TEST(Zinttip, OrderFirstLastAndEdges) {
@@ -294,21 +280,12 @@ TEST(Zinttim, LayoutsRefusalsAndOverflow) {
   EXPECT_EQ(getvec(nullptr, 4, y4, 1, 1, 0, 3, vec), -99);
 }
 
-// The medians of random sets are checked through getstats below.
-TEST(Zinttms, MedianEdges) {
-  // Missing values skipped, and with a work vector y stays as it was.
-  double y[] = {5, M, -2, 9, skMissVal('Z'), 1}, work[6], m = 0;
-  const std::vector<double> before(y, y + 6);
-  ASSERT_EQ(zinttms(6, y, work, &m), 0);
-  EXPECT_EQ(m, 3.0);
-  EXPECT_TRUE(std::equal(before.begin(), before.end(), y, same));
-  double allMiss[] = {M, M}, extreme[] = {1.7e308, 1.6e308};
-  EXPECT_EQ(zinttms(2, allMiss, work, &m), -1);
-  EXPECT_TRUE(wzmis(m));
-  EXPECT_EQ(zinttms(0, allMiss, work, &m), -99);
-  EXPECT_EQ(zinttms(2, nullptr, work, &m), -99);
+// The medians of random sets are checked through getstats below; the mean
+// of a middle pair near the largest double must not overflow.
+TEST(Zinttms, MedianOfExtremes) {
+  double extreme[] = {1.7e308, 1.6e308}, m = 0;
   EXPECT_EQ(zinttms(2, extreme, nullptr, &m), 0);
-  EXPECT_DOUBLE_EQ(m, 1.65e308) << "the mean of the middle pair doesn't overflow";
+  EXPECT_DOUBLE_EQ(m, 1.65e308);
 }
 
 TEST(Zinttis, EveryCode) {
