@@ -316,10 +316,8 @@ TEST(EsmManyWeights, LeastSquaresWithActiveBounds) {
     const auto expect = lm.ols(c.bound);
     const int rc = esmestimate(lm.mod->m, lm.ks);
     EXPECT_TRUE(rc == 0 || rc == 90) << seed << " " << rc;
-    const auto& p = lm.mod->m->pest.parms;
-    const std::array<double, 3> got = {p[0], p[1], c.k == 3 ? p[2] : 0.0};
-    for (int j = 0; j < c.k; ++j) EXPECT_NEAR(got[j], expect[j], 1e-5) << seed << " " << j;
-    EXPECT_LE(lm.mse(got), lm.mse(expect) * (1 + 1e-9)) << seed;
+    for (int j = 0; j < c.k; ++j)
+      EXPECT_NEAR(lm.mod->m->pest.parms[j], expect[j], 1e-5) << seed << " " << j;
     if (c.bound == std::array<int, 3>{0, 0, 0}) {
       EXPECT_EQ(rc, 0) << "a linear model converges at once";
       EXPECT_NEAR(lm.mod->m->pest.mse, lm.mse(expect) * kN / (kN - c.k), 1e-12);

@@ -8,31 +8,23 @@
 namespace qvt {
 namespace {
 
-TEST(Zes2Pnt, HandWorkedStepsAndGuards) {
+TEST(Zes2Pnt, Guards) {
+  // The step itself is checked against the published recursion in
+  // model_family_test.cpp; here the divergence guards.
   struct Case {
-    double L, T, w, g, x, xscale;
+    double L, T, xscale;
     int rc;
-    double xhat, e, L1, T1;
   } cases[] = {
-      // xhat = 12, e = -1, L' = .5*12 + .5*13 = 12.5, T' = .8*2 + .2*(12.5-10) = 2.1
-      {10, 2, 0.5, 0.2, 13, 1e3, 0, 12, -1, 12.5, 2.1},
-      {-5e4, 0, 0.3, 0.1, 1, 1, 0, -5e4, -50001, -34999.7, 1500.03},  // the scale test is one-sided
-      {2e152, 0, 0.3, 0.1, 1, 1e300, -9, 0, 0, 0, 0},
-      {0, -2e152, 0.3, 0.1, 1, 1e300, -9, 0, 0, 0, 0},
-      {5, 6, 0.3, 0.1, 1, 1e-3, -9, 0, 0, 0, 0},
-      {kMissing, 0, 0.3, 0.1, 1, 1, -9, 0, 0, 0, 0},
+      {-5e4, 0, 1, 0},  // the scale test is one-sided
+      {2e152, 0, 1e300, -9},
+      {0, -2e152, 1e300, -9},
+      {5, 6, 1e-3, -9},  // a prediction of 11 beyond 1e-3 * 10000
+      {kMissing, 0, 1, -9},
   };
   for (const auto& c : cases) {
     double L = c.L, T = c.T, xhat = 0, e = 0;
-    ASSERT_EQ(zes2pnt(c.x, c.xscale, c.w, c.g, &L, &T, &xhat, &e), c.rc) << c.L;
-    if (c.rc < 0) {
-      EXPECT_TRUE(wzmis(L) && wzmis(T)) << c.L;
-    } else {
-      EXPECT_NEAR(xhat, c.xhat, 1e-9);
-      EXPECT_NEAR(e, c.e, 1e-9);
-      EXPECT_NEAR(L, c.L1, 1e-9);
-      EXPECT_NEAR(T, c.T1, 1e-9);
-    }
+    EXPECT_EQ(zes2pnt(1.0, c.xscale, 0.3, 0.1, &L, &T, &xhat, &e), c.rc) << c.L;
+    EXPECT_EQ(wzmis(L) && wzmis(T), c.rc < 0) << c.L;
   }
 }
 

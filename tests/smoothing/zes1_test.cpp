@@ -15,7 +15,6 @@ TEST(Zes1Svi, Table) {
     int rc;
     double level;  // -1: untouched
   } cases[] = {
-      {{1, 2, 3}, {0, 0, 1}, 0, 2},
       {{5, 6, 7}, {0, 1, 1}, -2, -1},  // only the first value: nothing left to backcast over
       {{5, 6, 7}, {1, 0, 1}, 0, 6},
   };
