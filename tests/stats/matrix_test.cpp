@@ -18,16 +18,25 @@ TEST(PackedIndex, BothOrdersAndTheSize) {
   EXPECT_EQ(packedSize(0), 0u);
 }
 
-TEST(Cholesky, InverseFromTheFactorMatchesGaussJordan) {
+TEST(PackedInverse, CholeskyAndSweepingEveryPivotMatchGaussJordan) {
   for (const Dense* m : {&kSpd3, &kSpd4}) {
     const int n = static_cast<int>(m->size());
+    const Dense want = inverse(*m);
     auto a = pack(*m);
     ASSERT_EQ(zrchol(a.data(), n, 1e-14), 0);
     std::vector<double> inv(a.size());
     zrchinv(a.data(), inv.data(), n);
-    const Dense want = inverse(*m);
-    for (int i = 0; i < n; ++i)
-      for (int j = 0; j <= i; ++j) EXPECT_NEAR(inv[zisub(i, j)], want[i][j], 1e-14) << i << "," << j;
+    auto sw = pack(*m);  // sweeping every pivot leaves minus the inverse
+    std::vector<char> cc(n, '0');
+    std::vector<double> wrk(n);
+    for (int k = 0; k < n; ++k) ASSERT_EQ(hostSweep(1e-14, sw.data(), k, n, cc.data(), wrk.data()), 0);
+    for (int i = 0; i < n; ++i) {
+      EXPECT_EQ(cc[i], '1');
+      for (int j = 0; j <= i; ++j) {
+        EXPECT_NEAR(inv[zisub(i, j)], want[i][j], 1e-14) << i << "," << j;
+        EXPECT_NEAR(sw[zisub(i, j)], -want[i][j], 1e-14) << i << "," << j;
+      }
+    }
     zrchinv(a.data(), a.data(), n);  // in place gives the same
     EXPECT_EQ(a, inv);
   }
@@ -90,20 +99,7 @@ TEST(SmallHelpers, GcdStridedCopyAndAbsoluteMaximum) {
   EXPECT_EQ(zvamx(neg, 0), 0.0);
 }
 
-TEST(Sweep, AllPivotsGiveMinusTheInverseAndSweepingTwiceRestores) {
-  for (const Dense* m : {&kSpd3, &kSpd4}) {
-    const int n = static_cast<int>(m->size());
-    auto a = pack(*m);
-    std::vector<char> cc(n, '0');
-    std::vector<double> wrk(n);
-    for (int k = 0; k < n; ++k) ASSERT_EQ(hostSweep(1e-14, a.data(), k, n, cc.data(), wrk.data()), 0);
-    const Dense want = inverse(*m);
-    for (int i = 0; i < n; ++i) {
-      EXPECT_EQ(cc[i], '1');
-      for (int j = 0; j <= i; ++j)
-        EXPECT_NEAR(a[zisub(i, j)], -want[i][j], 1e-14) << i << "," << j;
-    }
-  }
+TEST(Sweep, SweepingTwiceRestoresInAnyOrder) {
   // Undone in another order; the marks say which way each sweep goes.
   auto a = pack(kSpd4);
   const auto orig = a;

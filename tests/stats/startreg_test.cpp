@@ -32,6 +32,19 @@ std::vector<double> series(long n, int ns, const std::vector<char>& f, double qu
 
 double* ask(bool wanted, double* p) { return wanted ? p : nullptr; }
 
+// Each output against its expected value: missing where the value is, else
+// within tol relative (absolute below 1); a plain NaN expects nothing.
+void expectOutputs(const std::vector<std::pair<double, double>>& gotWant, double tol) {
+  for (std::size_t k = 0; k < gotWant.size(); ++k) {
+    const auto [g, w] = gotWant[k];
+    if (wzmis(w)) {
+      EXPECT_EQ(wzmis(g), 1) << "output " << k;
+    } else if (!std::isnan(w)) {
+      EXPECT_NEAR(g, w, tol * std::fmax(1.0, std::fabs(w))) << "output " << k;
+    }
+  }
+}
+
 TEST(AdditiveStart, MatchesLeastSquares) {
   // Columns t and t^2 as asked, then one dummy per season with data when
   // ns > 2 (centred on their mean over all ns seasons when the trend is
@@ -85,7 +98,6 @@ TEST(AdditiveStart, MatchesLeastSquares) {
                            c.ns ? sd.data() : nullptr, res.data());
     const bool empty = std::count(col.begin(), col.end(), -1) > 0 && dummies;
     ASSERT_EQ(rc, empty ? 1 : 0);
-    const double tol = c.q ? 1e-8 : 1e-10;
     std::vector<std::pair<double, double>> checks;  // (got, want)
     std::size_t k = 0;
     if (c.t) checks.emplace_back(tc, b[k++]);
@@ -104,14 +116,7 @@ TEST(AdditiveStart, MatchesLeastSquares) {
       for (std::size_t r = 0; r < p; ++r) fit += x[r] * b[r];
       checks.emplace_back(res[i], f[i] ? kM : static_cast<double>(y[i] - fit));
     }
-    for (std::size_t j = 0; j < checks.size(); ++j) {
-      const auto [g, w] = checks[j];
-      if (wzmis(w)) {
-        EXPECT_EQ(wzmis(g), 1) << "check " << j;
-      } else {
-        EXPECT_NEAR(g, w, tol) << "check " << j;
-      }
-    }
+    expectOutputs(checks, c.q ? 1e-8 : 1e-10);
   }
 }
 
@@ -180,14 +185,7 @@ TEST(StartRegressions, HandWorkedCasesAndFailures) {
     EXPECT_EQ(rc, c.rc);
     std::vector<std::pair<double, double>> all = {{cc, c.cc}, {tc, c.tc}, {qc, c.qc}};
     for (std::size_t s = 0; s < sd.size(); ++s) all.emplace_back(sd[s], c.sd[s]);
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      const auto [g, w] = all[k];
-      if (wzmis(w)) {
-        EXPECT_EQ(wzmis(g), 1) << "output " << k;
-      } else if (!std::isnan(w)) {
-        EXPECT_NEAR(g, w, 1e-13 * std::fmax(1.0, std::fabs(w))) << "output " << k;
-      }
-    }
+    expectOutputs(all, 1e-13);
   }
 }
 
