@@ -75,8 +75,6 @@ TEST(Scanner, PlacesCountLinesAndColumnsFromTheOrigin) {
   EXPECT_EQ(places, "prog.qvt:10:7 prog.qvt:11:3 prog.qvt:11:7 prog.qvt:11:8 prog.qvt:11:9 prog.qvt:12:2 ");
   EXPECT_EQ(p.src->lineText(11), "  lead=5;");
   EXPECT_EQ(p.src->lineText(13), "");
-  scanProgram("a\n  bad b", SourcePos{"", 1, 1}, h, p);
-  EXPECT_EQ(excerpt(*p.src, p.tokens[1].pos), "  bad b\n  ^");
   // The first line of a text that starts in column 5 of its file.
   scanProgram("bad", SourcePos{"", 3, 5}, h, p);
   EXPECT_EQ(excerpt(*p.src, p.tokens[0].pos), "bad\n^");

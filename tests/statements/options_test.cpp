@@ -3,6 +3,9 @@
 // names, the ID statement, and variable lists as written
 // and resolved against the variables of a data set (varlists.txt).
 
+#include <map>
+#include <tuple>
+
 #include "statements/varlist.hpp"
 #include "support.hpp"
 
@@ -11,19 +14,14 @@ namespace {
 
 using testing::Parsed;
 
-std::string program(char ctx, const std::string& opt) {
-  switch (ctx) {
-    case 'P': return "qvt " + opt + ";";
-    case 'I': return "qvt; id t interval=month " + opt + ";";
-    case 'F': return "qvt; forecast x / " + opt + ";";
-    default: return "qvt; idm " + opt + ";";
-  }
-}
+// The text each context puts in front of an option.
+const std::map<char, std::string> kContext = {
+    {'P', "qvt "}, {'I', "qvt; id t interval=month "}, {'F', "qvt; forecast x / "}, {'M', "qvt; idm "}};
 
 // Checks one row of options.csv; component rows (C) are written with the
 // base field b and base bit f of the component they stand in.
 void checkOption(char ctx, const std::string& opt, const std::string& expected, int b = 0, int f = 0) {
-  const std::string text = program(ctx, opt);
+  const std::string text = kContext.at(ctx) + opt + ";";
   SCOPED_TRACE(text);
   Parsed r(text, SourcePos{"r.qvt", 1, 1});
   if (expected[0] == '!') {
@@ -63,10 +61,9 @@ void checkOption(char ctx, const std::string& opt, const std::string& expected, 
   for (int n = 0; n < s.nfld; ++n) EXPECT_EQ(s.given(n), fields.count(n) == 1) << "field " << n;
 }
 
-const struct {
-  const char* name;
-  int b, f;
-} kComponents[] = {{"INTERVAL", 50, 100}, {"SIZE", 70, 110}, {"AVERAGE", 90, 120}};
+// The IDM components with their base field and base bit.
+const std::tuple<std::string, int, int> kComponents[] = {
+    {"INTERVAL", 50, 100}, {"SIZE", 70, 110}, {"AVERAGE", 90, 120}};
 
 TEST(Options, EachOptionToItsBitOrFieldWithinItsLimits) {
   for (const auto& r : testing::dataRows("options.csv", '|')) {
@@ -75,8 +72,7 @@ TEST(Options, EachOptionToItsBitOrFieldWithinItsLimits) {
       checkOption(r[0][0], r[1], r[2]);
       continue;
     }
-    for (const auto& c : kComponents)
-      checkOption('M', std::string(c.name) + "=(" + r[1] + ")", r[2] + " b+3", c.b, c.f);
+    for (const auto& [name, b, f] : kComponents) checkOption('M', name + "=(" + r[1] + ")", r[2] + " b+3", b, f);
     if (HasFatalFailure()) return;
   }
 }
@@ -125,12 +121,7 @@ TEST(Options, IdVariableIntervalAndForecastLists) {
   EXPECT_FALSE(f.p.head[3].given(17));
 }
 
-VarInfo var(const char* name, VarType t) {
-  VarInfo v;
-  v.name = name;
-  v.type = t;
-  return v;
-}
+VarInfo var(const char* name, VarType t) { return VarInfo{name, "", t, 8, ""}; }
 
 constexpr VarType N = VarType::Numeric, C = VarType::Character;
 
