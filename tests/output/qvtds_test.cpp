@@ -1,183 +1,243 @@
 // The output set-up and the writers of OUT=, OUTEST=, OUTFOR= and
-// OUTCOMPONENT=, written through a process host into a folder and read back
-// cell by cell against what was put in.
+// OUTCOMPONENT=, run as a step of a process host over a folder and read back
+// against what was put in. The end-to-end runs (tests/e2e/run) compare the
+// values of OUT=, OUTFOR= and OUTEST= by column name, with BY groups, BACK=
+// and NOOUTALL; what they can't see is checked here: the order, labels and
+// formats of the columns, OUTCOMPONENT=, a step without an ID, the expected
+// records, and the failures of the set-up.
 #include "output/qvtds.hpp"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
-#include "output_rig.hpp"
-#include "smoothing/esmfor.hpp"
+#include "../host/host_test_util.hpp"
+#include "smoothing/esmtypes.hpp"
 
 namespace qvt {
 namespace {
 
-using testing::day;
-using testing::readBack;
-using testing::Rig;
+using testing::Table;
 using Names = std::vector<std::string>;
 
-const std::vector<double> kUnits = {12, 15, 14, 18, 17, 21, 20, 24, 23, 27, 26, 30};
+// Day number from 1960-01-01 of day d of the month m months after January
+// 2020, by the calendar of <chrono>; day 0 is the last day of the month before.
+double day(int m, int d) {
+  namespace c = std::chrono;
+  const c::year_month ym = c::year{2020} / c::January + c::months{m};
+  return static_cast<double>((c::sys_days{ym / 1} - c::sys_days{c::year{1960} / 1 / 1}).count() + d - 1);
+}
 
 // Twelve months of east, two of west.
 std::string salesCsv() {
   std::string s = "region,date,units,price\n";
-  for (int m = 1; m <= 12; ++m) {
-    s += "east,2020-" + std::string(m < 10 ? "0" : "") + std::to_string(m) + "-01," +
-         std::to_string(static_cast<int>(kUnits[m - 1])) + ",1.5\n";
-  }
+  for (int m = 10; m <= 21; ++m)
+    s += "east,2020-" + std::to_string(m + 91).substr(1) + "-01," + std::to_string(m) + ",1.5\n";
   return s + "west,2020-01-01,3,2\nwest,2020-02-01,4,2\n";
 }
 
-// Month starts from January 2020 on.
-std::vector<double> months(int n) {
-  std::vector<double> v;
-  for (int k = 0; k < n; ++k) v.push_back(day(k, 1));
-  return v;
+const testing::Column& col(const Table& t, const std::string& name) {
+  for (const auto& c : t)
+    if (c.info.name == name) return c;
+  throw std::runtime_error("no column " + name);
 }
 
-// A fitted model and its forecasts of kUnits, `lead` periods on.
-struct Fit {
-  WINMODEL* esm = nullptr;
-  std::vector<double> date, actual, predicted, residual, upper, lower, std, level, trend, season;
-  FOR_OUT fore;
-  Fit(int method, int lead) {
-    const long n = static_cast<long>(kUnits.size());
-    INTERVAL intv;
-    EXPECT_EQ(zintic(45, &intv), 0);
-    EXPECT_EQ(esmint(kUnits.data(), n, &intv, day(0, 1), 0, 0, method, 0, &esm), 0);
-    EXPECT_GE(esmfit(esm), 0);
-    for (auto* v : {&actual, &predicted, &residual, &upper, &lower, &std, &level, &trend, &season})
-      v->assign(static_cast<std::size_t>(n + lead), kMissing);
-    date = months(static_cast<int>(n + lead));
-    fore = FOR_OUT{0.05,         n + lead,     date.data(), actual.data(), predicted.data(), residual.data(),
-                   upper.data(), lower.data(), std.data(),  level.data(),  trend.data(),     season.data()};
-    EXPECT_EQ(esmprd(esm, kUnits.data(), n, day(0, 1), 0, 0.05, lead, &fore), 0);
-    fore.date = date.data();
+Names names(const Table& t) {
+  Names r;
+  for (const auto& c : t) r.push_back(c.info.name);
+  return r;
+}
+
+// The step: input "sales" with the BY variable region, the ID date and the
+// series units and price; outputs by option name into members of that name.
+struct Rig {
+  testing::TempDir dir;
+  std::ostringstream log;
+  std::unique_ptr<ProcessHost> host;
+  QVTCOM com;
+  std::vector<VAR> vars;
+  int bylist[1] = {0};
+  int rc = -1;
+
+  explicit Rig(const std::string& csv, std::size_t memsize = 0, const std::string& tmpDir = "") {
+    dir.write("sales.csv", csv);
+    HostConfig cfg = testing::jsonlConfig(log, {"work=" + dir.path()});
+    cfg.memsize = memsize;
+    cfg.tmpDir = tmpDir.empty() ? dir.path() : tmpDir;
+    host = std::make_unique<ProcessHost>(cfg);
+    EXPECT_EQ(host->init(), 0);
   }
-  ~Fit() { esmtrm(esm); }
+
+  // Fills com as the statements would: the series by name, ID date with its
+  // label, BY region, LEAD=, interval MONTH with ALIGN=END and format MONYY7.
+  void open(const Names& outputs, const Names& series, bool byRegion, int lead) {
+    Host& h = *host;
+    auto& ds = com.ds;
+    const std::map<std::string, DATASETS*> slot = {
+        {"out", &ds.out}, {"outest", &ds.outest}, {"outfor", &ds.outfor}, {"outcomp", &ds.outcomp},
+        {"outsum", &ds.outsum}};
+    com.host = &h;
+    ASSERT_EQ(hostDsOpen(h, "sales", DsMode::Input, &ds.data.fileid), 0);
+    for (const auto& o : outputs) ASSERT_EQ(hostDsOpen(h, o, DsMode::Output, &slot.at(o)->fileid), 0);
+    com.cpool = hostPoolCreate(h, 0, 1024, 6);
+    vars.resize(series.size());
+    for (std::size_t i = 0; i < series.size(); ++i)
+      vars[i].dsvarno = hostVarFind(h, ds.data.fileid, series[i]);
+    com.nvars = static_cast<int>(series.size());
+    com.vars = vars.data();
+    com.id.dsvarno = hostVarFind(h, ds.data.fileid, "date");
+    com.id.name.set("date");
+    com.id.label.set("Month of sale");
+    if (byRegion) {
+      bylist[0] = hostVarFind(h, ds.data.fileid, "region");
+      com.nby = 1;
+      com.bylist = bylist;
+      const ByVar bv[] = {{bylist[0], false}};
+      h.bySet(ds.data.fileid, bv, false);
+    }
+    com.istmt.lead = lead;
+    ASSERT_EQ(zintic(45, &com.istmt.intv), 0);
+    com.istmt.align = 'E';
+    com.istmt.format.set("MONYY");
+    com.istmt.fmtw1 = 7;
+  }
+
+  void step(const std::function<void()>& body) { rc = hostRunStep(*host, body); }
+
+  // Message numbers of group 743 in the log.
+  std::vector<int> procMessages() const {
+    std::vector<int> r;
+    for (const auto& j : testing::jsonLines(log.str()))
+      if (j.at("group") == 743) r.push_back(j.at("number").get<int>());
+    return r;
+  }
+
+  // A written data set, through a host of its own, and its label.
+  Table read(const std::string& member, std::string* label = nullptr) const {
+    std::ostringstream readLog;
+    ProcessHost h(testing::jsonlConfig(readLog, {"work=" + dir.path()}));
+    EXPECT_EQ(h.init(), 0);
+    DsFacts f;
+    Table t = testing::readTable(h, member, &f);
+    if (label) *label = f.label;
+    return t;
+  }
+};
+
+// A forecast of fifteen months, cell t of column k being 1000 k + t, the
+// dates the month starts, in the order of FOR_OUT: date, actual, predicted,
+// residual, upper, lower, std, level, trend, season.
+struct Forecast {
+  std::vector<std::vector<double>> c = std::vector<std::vector<double>>(10, std::vector<double>(15));
+  FOR_OUT fore;
+  Forecast() {
+    for (std::size_t k = 0; k < 150; ++k) c[k / 15][k % 15] = 1000.0 * double(k / 15) + double(k % 15);
+    for (int t = 0; t < 15; ++t) c[0][t] = day(t, 1);
+    fore = FOR_OUT{0.05,        15,          c[0].data(), c[1].data(), c[2].data(), c[3].data(),
+                   c[4].data(), c[5].data(), c[6].data(), c[7].data(), c[8].data(), c[9].data()};
+  }
+  // The column of an output variable, from row `from` on.
+  std::vector<double> of(const std::string& name, int from = 0) const {
+    const std::map<std::string, int> k = {{"date", 0},  {"ACTUAL", 1}, {"PREDICT", 2}, {"ERROR", 3},
+                                          {"UPPER", 4}, {"LOWER", 5},  {"STD", 6},     {"LEVEL", 7},
+                                          {"TREND", 8}, {"SEASON", 9}};
+    return std::vector<double>(c[k.at(name)].begin() + from, c[k.at(name)].end());
+  }
 };
 
 TEST(OutputWriters, RoundTripThroughFiles) {
   Rig rig(salesCsv());
-  Fit linear(kEsmLinear, 3), dbl(kEsmDouble, 3);
-  std::vector<double> outId = months(15), outY = kUnits;
-  outY.insert(outY.end(), {31, 32.5, 34.25});
+  Forecast f;
+  WINMODEL esm;  // the estimates of LINEAR, the p value of TREND not there
+  esm.spec.code = kModelLinear;
+  esm.pest.parms = {0.25, 0.125};
+  esm.pest.tvals = {3, 4};
+  esm.pest.pvalue = {0.5};
   std::string display;
   rig.step([&] {
     rig.open({"out", "outest", "outfor", "outcomp", "outsum"}, {"units"}, true, 3);
     QVTCOM& com = rig.com;
     qvtds(&com);
     ASSERT_EQ(com.error, 0);
-    EXPECT_EQ(com.rc, 0);
-    EXPECT_EQ(com.in.enobs, 14);        // grouped: min(records, 16384)
     EXPECT_FALSE(com.infile);            // one series: no spool
-    EXPECT_FALSE(com.ds.outsum.fileid);  // left out, with a note
+    EXPECT_FALSE(com.ds.outsum.fileid);  // not written yet: left out, with a note
     display = com.ds.data.display.str();
-    EXPECT_FALSE(display.empty());
-    // The input bindings: series into data.buf, the ID into id.val.
+    // The input bindings: the series into data.buf, the ID into id.val.
     ASSERT_EQ(hostByNext(*com.host, com.ds.data.fileid), 1);
-    for (int k = 0; k < 12; ++k) {
-      ASSERT_EQ(hostByGet(*com.host, com.ds.data.fileid), 1);
-      ASSERT_EQ(hostRowGet(*com.host, com.ds.data.fileid), 0);
-      EXPECT_EQ(com.ds.data.buf[0], kUnits[k]);
-      EXPECT_EQ(com.id.val, day(k, 1));
-    }
-    com.out.id = outId.data();
-    com.out.y = outY.data();
-    com.out.tobs = static_cast<long>(outId.size());
+    ASSERT_EQ(hostByGet(*com.host, com.ds.data.fileid), 1);
+    ASSERT_EQ(hostRowGet(*com.host, com.ds.data.fileid), 0);
+    EXPECT_EQ(com.ds.data.buf[0], 10.0);
+    EXPECT_EQ(com.id.val, day(0, 1));
+    com.out.id = f.c[0].data();
+    com.out.y = f.c[1].data();
+    com.out.tobs = 15;
     com.current.var.set("units");
     com.current.trnsname.set("NONE");
     com.current.modelcode = kModelLinear;
     qvtdout(&com);
-    qvtdest(&com, linear.esm);
-    qvtdest(&com, dbl.esm);
+    qvtdest(&com, &esm);
     qvtdest(&com, nullptr);  // no model: no row
-    qvtdfor(&com, &linear.fore);
-    qvtdcmp(&com, &linear.fore);
+    qvtdfor(&com, &f.fore);
+    qvtdcmp(&com, &f.fore);
   });
   ASSERT_EQ(rig.rc, 0) << rig.log.str();
-  const auto msgs = rig.procMessages();
-  ASSERT_EQ(msgs.size(), 1u);
-  EXPECT_EQ(msgs[0].first, kMsgNotWrittenYet);
-  EXPECT_EQ(msgs[0].second, (nlohmann::json{"WORK.outsum", "OUTSUM="}));
+  EXPECT_EQ(rig.procMessages(), std::vector<int>{kMsgNotWrittenYet});
   const Host& h = *rig.host;
   const auto lbl = [&](int n) { return h.msgText(kMsgProc, n); };
   const auto dsLabel = [&](int n) { return h.msgText(kMsgProc, n, std::vector<MsgArg>{display}); };
-  const FOR_OUT& f = linear.fore;
 
-  // OUT=: BY variable, the ID at the end of its month, the series.
-  const auto out = readBack(rig.dir.path(), "out");
-  EXPECT_EQ(out.names(), (Names{"region", "date", "units"}));
-  EXPECT_EQ(out.vars[1].format, "MONYY7.");
-  EXPECT_EQ(out.text.at("region"), Names(15, "east"));
-  for (int t = 0; t < 15; ++t) EXPECT_EQ(out.num.at("date").at(t), day(t + 1, 0)) << t;
-  EXPECT_EQ(out.num.at("units"), outY);
+  // OUT=: the ID at the end of its month, in the format asked for.
+  const auto out = rig.read("out");
+  EXPECT_EQ(names(out), (Names{"region", "date", "units"}));
+  EXPECT_EQ(out[1].info.format, "MONYY7.");
+  for (int t = 0; t < 15; ++t) EXPECT_EQ(out[1].num.at(t), day(t + 1, 0)) << t;
+  EXPECT_EQ(out[2].num, f.of("ACTUAL"));
 
-  // OUTFOR= and OUTCOMPONENT=: one row per period of the used range, the
-  // forecasts beside the components, each column with its label.
-  const auto of = readBack(rig.dir.path(), "outfor");
-  const auto oc = readBack(rig.dir.path(), "outcomp");
-  EXPECT_EQ(of.names(),
+  // OUTFOR= and OUTCOMPONENT=: every period of the range, the forecasts
+  // beside the components, in their order and with their labels.
+  std::string forLabel, cmpLabel, estLabel;
+  const auto of = rig.read("outfor", &forLabel), oc = rig.read("outcomp", &cmpLabel);
+  EXPECT_EQ(names(of),
             (Names{"region", "_NAME_", "date", "ACTUAL", "PREDICT", "LOWER", "UPPER", "ERROR", "STD"}));
-  EXPECT_EQ(oc.names(), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "date", "ACTUAL", "PREDICT",
-                               "LEVEL", "TREND", "SEASON", "ERROR"}));
-  EXPECT_EQ(of.label, dsLabel(kLblOutfor));
-  EXPECT_EQ(oc.label, dsLabel(kLblOutcomp));
-  EXPECT_EQ(of.vars[2].label, "Month of sale");
-  EXPECT_EQ(of.vars[2].format, "MONYY7.");
-  EXPECT_EQ(of.vars[1].type, VarType::Character);
-  const int forLabels[] = {4101, 4103, 4104, 4105, 4106, 4107, 4108};  // _NAME_, then ACTUAL to STD
-  for (int i = 0; i < 7; ++i) {
-    EXPECT_FALSE(lbl(forLabels[i]).empty()) << forLabels[i];
-    EXPECT_EQ(of.vars[i + (i > 0) + 1].label, lbl(forLabels[i])) << forLabels[i];
+  EXPECT_EQ(names(oc), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "date", "ACTUAL", "PREDICT",
+                              "LEVEL", "TREND", "SEASON", "ERROR"}));
+  EXPECT_EQ(forLabel, dsLabel(kLblOutfor));
+  EXPECT_EQ(cmpLabel, dsLabel(kLblOutcomp));
+  EXPECT_EQ(of[2].info.label, "Month of sale");  // the ID keeps its own label
+  EXPECT_EQ(of[2].info.format, "MONYY7.");
+  for (int i = 3; i < 9; ++i) EXPECT_EQ(of[i].info.label, lbl(4100 + i)) << i;
+  EXPECT_FALSE(lbl(4108).empty());
+  EXPECT_EQ(oc[7].info.label, lbl(4605));
+  for (const auto* t : {&of, &oc}) {
+    for (const auto& c : *t) {
+      if (c.info.type != VarType::Numeric) continue;
+      EXPECT_EQ(c.num, f.of(c.info.name)) << c.info.name;
+    }
   }
-  EXPECT_EQ(oc.vars[7].label, lbl(4605));
-  EXPECT_EQ(oc.vars[3].label, lbl(4611));
-  const std::map<std::string, const double*> cols = {
-      {"date", f.date},       {"ACTUAL", f.actual}, {"PREDICT", f.predicted}, {"LOWER", f.lower},
-      {"UPPER", f.upper},     {"ERROR", f.residual}, {"STD", f.std},         {"LEVEL", f.level},
-      {"TREND", f.trend},     {"SEASON", f.season}};
-  for (const auto* ds : {&of, &oc}) {
-    EXPECT_EQ(ds->text.at("region"), Names(15, "east"));
-    EXPECT_EQ(ds->text.at("_NAME_"), Names(15, "units"));
-    for (const auto& [name, column] : ds->num) testing::expectCells(column, cols.at(name), name);
-  }
-  EXPECT_EQ(oc.text.at("_MODEL_"), Names(15, "LINEAR"));
-  EXPECT_FALSE(wzmis(of.num.at("PREDICT")[14]));  // the forecasts are there
-  EXPECT_TRUE(wzmis(of.num.at("ACTUAL")[14]));
-  EXPECT_FALSE(wzmis(oc.num.at("LEVEL")[3]));
+  EXPECT_EQ(col(oc, "_MODEL_").text, Names(15, "LINEAR"));
+  EXPECT_EQ(col(oc, "region").text, Names(15, "east"));
 
-  // OUTEST=: LEVEL and TREND of the linear model, then WEIGHT of double smoothing.
-  const auto oe = readBack(rig.dir.path(), "outest");
-  EXPECT_EQ(oe.names(), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "_PARM_", "_EST_", "_STDERR_",
-                               "_TVALUE_", "_PVALUE_"}));
-  EXPECT_EQ(oe.label, dsLabel(kLblOutest));
-  for (int n = 4001; n <= 4008; ++n) EXPECT_EQ(oe.vars[n - 4000].label, lbl(n));
-  EXPECT_EQ(oe.text.at("_NAME_"), Names(3, "units"));
-  EXPECT_EQ(oe.text.at("_TRANSFORM_"), Names(3, "NONE"));
-  EXPECT_EQ(oe.text.at("_MODEL_"), (Names{"LINEAR", "LINEAR", "DOUBLE"}));
-  EXPECT_EQ(oe.text.at("_PARM_"), (Names{"LEVEL", "TREND", "WEIGHT"}));
-  const MODELPEST& p = linear.esm->pest;
-  const MODELPEST& q = dbl.esm->pest;
-  const double est[] = {p.parms[0], p.parms[1], q.parms[0]}, se[] = {p.stderr_[0], p.stderr_[1], q.stderr_[0]};
-  const double tv[] = {p.tvals[0], p.tvals[1], q.tvals[0]}, pv[] = {p.pvalue[0], p.pvalue[1], q.pvalue[0]};
-  testing::expectCells(oe.num.at("_EST_"), est, "_EST_");
-  testing::expectCells(oe.num.at("_STDERR_"), se, "_STDERR_");
-  testing::expectCells(oe.num.at("_TVALUE_"), tv, "_TVALUE_");
-  testing::expectCells(oe.num.at("_PVALUE_"), pv, "_PVALUE_");
-  for (double e : oe.num.at("_EST_")) EXPECT_TRUE(e > 0.0 && e < 1.0) << e;
-  // Data sets not asked for cost nothing: no file of theirs.
-  for (const char* m : {"outstat.csv", "outtrend.csv", "outseason.csv"}) EXPECT_FALSE(rig.dir.exists(m)) << m;
+  // OUTEST=: a row per weight of the model, with its statistics.
+  const auto oe = rig.read("outest", &estLabel);
+  EXPECT_EQ(names(oe), (Names{"region", "_NAME_", "_TRANSFORM_", "_MODEL_", "_PARM_", "_EST_", "_STDERR_",
+                              "_TVALUE_", "_PVALUE_"}));
+  EXPECT_EQ(estLabel, dsLabel(kLblOutest));
+  for (int n = 4001; n <= 4008; ++n) EXPECT_EQ(oe[n - 4000].info.label, lbl(n));
+  EXPECT_EQ(col(oe, "_TRANSFORM_").text, Names(2, "NONE"));
+  EXPECT_EQ(col(oe, "_TVALUE_").num, (std::vector<double>{3, 4}));
+  EXPECT_EQ(col(oe, "_PVALUE_").num.at(0), 0.5);
+  EXPECT_TRUE(wzmis(col(oe, "_PVALUE_").num.at(1)));
 }
 
 TEST(OutputWriters, NoOutAllKeepsTheForecastRowsAndNoIdVariableNamesTheTime) {
   Rig rig(salesCsv());
-  Fit simple(kEsmSimple, 3);
-  std::vector<double> outId = months(15), outY = kUnits;
-  outY.insert(outY.end(), {7, 8, 9});
+  Forecast f;
+  f.fore.season = nullptr;  // a model without a season: missing
+  WINMODEL esm;
   rig.step([&] {
     rig.open({"out", "outfor", "outcomp"}, {"units"}, false, 3);
     QVTCOM& com = rig.com;
@@ -185,29 +245,26 @@ TEST(OutputWriters, NoOutAllKeepsTheForecastRowsAndNoIdVariableNamesTheTime) {
     com.op.nooutall = 1;
     qvtds(&com);
     ASSERT_EQ(com.error, 0);
-    EXPECT_EQ(com.in.enobs, 14);
-    com.out.id = outId.data();
-    com.out.y = outY.data();
+    com.out.id = f.c[0].data();
+    com.out.y = f.c[1].data();
     com.out.tobs = 15;
-    com.current.var.set("units");
-    com.current.modelcode = kModelSimple;
     qvtdout(&com);
-    qvtdfor(&com, &simple.fore);
-    qvtdcmp(&com, &simple.fore);
-    qvtdest(&com, simple.esm);  // OUTEST= wasn't asked for: nothing
+    qvtdfor(&com, &f.fore);
+    qvtdcmp(&com, &f.fore);
+    qvtdest(&com, &esm);  // OUTEST= wasn't asked for: nothing
   });
   ASSERT_EQ(rig.rc, 0) << rig.log.str();
   EXPECT_TRUE(rig.procMessages().empty());
-  const auto out = readBack(rig.dir.path(), "out");
-  EXPECT_EQ(out.names(), (Names{"TIME", "units"}));
-  EXPECT_EQ(out.num.at("TIME"), (std::vector<double>{day(13, 0), day(14, 0), day(15, 0)}));
-  EXPECT_EQ(out.num.at("units"), (std::vector<double>{7, 8, 9}));
-  const auto of = readBack(rig.dir.path(), "outfor");
-  EXPECT_EQ(of.vars[1].name, "_TIMEID_");
-  EXPECT_EQ(of.vars[1].label, rig.host->msgText(kMsgProc, kLblTimeId));
-  EXPECT_EQ(of.num.at("_TIMEID_"), (std::vector<double>{day(12, 1), day(13, 1), day(14, 1)}));
-  testing::expectCells(of.num.at("PREDICT"), simple.predicted.data() + 12, "PREDICT");
-  EXPECT_EQ(readBack(rig.dir.path(), "outcomp").num.at("PREDICT").size(), 3u);
+  const auto out = rig.read("out"), of = rig.read("outfor"), oc = rig.read("outcomp");
+  EXPECT_EQ(names(out), (Names{"TIME", "units"}));
+  EXPECT_EQ(out[0].num, (std::vector<double>{day(13, 0), day(14, 0), day(15, 0)}));
+  EXPECT_EQ(out[1].num, f.of("ACTUAL", 12));
+  EXPECT_EQ(of[1].info.name, "_TIMEID_");
+  EXPECT_EQ(of[1].info.label, rig.host->msgText(kMsgProc, kLblTimeId));
+  EXPECT_EQ(of[1].num, f.of("date", 12));
+  EXPECT_EQ(col(of, "PREDICT").num, f.of("PREDICT", 12));
+  EXPECT_EQ(col(oc, "LEVEL").num, f.of("LEVEL", 12));
+  for (double s : col(oc, "SEASON").num) EXPECT_TRUE(wzmis(s));
   EXPECT_FALSE(rig.dir.exists("outest.csv"));
 }
 
@@ -217,11 +274,12 @@ TEST(OutputSetup, ExpectedRecords) {
   const std::string one = "region,date,units,price\na,2020-01-01,1,1\n";
   struct Case { std::string csv; bool by; std::size_t memsize; long enobs; };
   const Case cases[] = {
-      {one, false, 0, 4096},          // one record, no BY: at least 2, so 4096
-      {salesCsv(), false, 0, 14},     // no BY: the records
-      {big, true, 0, 16384},          // BY: min(records, 16384)
+      {one, false, 0, 4096},       // one record, no BY: at least 2, so 4096
+      {salesCsv(), false, 0, 14},  // no BY: the records
+      {salesCsv(), true, 0, 14},   // BY: min(records, 16384)
+      {big, true, 0, 16384},
       {big, false, 0, 20000},
-      {big, false, 100000, 4096},     // not room for 20000 cells: 4096
+      {big, false, 100000, 4096},  // not room for 20000 cells: 4096
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(::testing::Message() << c.csv.size() << " bytes, by " << c.by << ", memsize " << c.memsize);
@@ -230,35 +288,10 @@ TEST(OutputSetup, ExpectedRecords) {
       rig.open({}, {"units"}, c.by, 0);
       nobs(&rig.com);
       EXPECT_EQ(rig.com.error, 0);
-      EXPECT_EQ(rig.com.rc, 0);
-      EXPECT_EQ(rig.com.rid2n, 0);
       EXPECT_EQ(rig.com.in.enobs, c.enobs);
       EXPECT_TRUE(rig.com.tpool);
     });
   }
-}
-
-TEST(OutputSetup, SeveralSeriesOpenTheSpoolAndBindEachSeries) {
-  Rig rig(salesCsv());
-  rig.step([&] {
-    rig.open({"out"}, {"units", "price"}, true, 2);
-    QVTCOM& com = rig.com;
-    qvtds(&com);
-    ASSERT_EQ(com.error, 0);
-    EXPECT_TRUE(com.infile && com.outfile);
-    EXPECT_NE(com.outsum.forlead, nullptr);
-    ASSERT_EQ(hostByNext(*com.host, com.ds.data.fileid), 1);
-    ASSERT_EQ(hostByGet(*com.host, com.ds.data.fileid), 1);
-    ASSERT_EQ(hostRowGet(*com.host, com.ds.data.fileid), 0);
-    EXPECT_EQ(com.ds.data.buf[0], 12.0);
-    EXPECT_EQ(com.ds.data.buf[1], 1.5);
-    const auto v = com.host->dsVars(com.ds.out.fileid);
-    ASSERT_EQ(v.size(), 4u);
-    EXPECT_EQ(v[0].name + v[1].name + v[2].name + v[3].name, "regiondateunitsprice");
-    EXPECT_EQ(v[1].label, "");  // the input's description, its format replaced
-    EXPECT_EQ(v[1].format, "MONYY7.");
-  });
-  EXPECT_EQ(rig.rc, 0) << rig.log.str();
 }
 
 TEST(OutputSetup, FailuresEndTheStepOrRefuseTheInput) {
@@ -281,9 +314,8 @@ TEST(OutputSetup, FailuresEndTheStepOrRefuseTheInput) {
   }
   EXPECT_EQ(noSpool.rc, kRcSpool);
   EXPECT_EQ(noMemory.rc, kRcMemory);
-  const auto msgs = noMemory.procMessages();
-  ASSERT_FALSE(msgs.empty());
-  EXPECT_EQ(msgs[0].first, kMsgSetupMemory);
+  ASSERT_FALSE(noMemory.procMessages().empty());
+  EXPECT_EQ(noMemory.procMessages()[0], kMsgSetupMemory);
 }
 
 }  // namespace
