@@ -1,17 +1,18 @@
-// Test helpers of the run: a process host that keeps every message it logs,
-// a QVTCOM wired to a CSV input in a temporary folder the way output set-up
-// wires it (cells bound, pools made), and the calendar of std::chrono as the
-// oracle of time IDs, independent of the calendar code under test.
+// Test helpers of the run: a QVTCOM wired to a CSV input in a temporary
+// folder the way output set-up wires it (cells bound, pools made), a host
+// that logs JSON lines so that each message can be read back, and the
+// calendar of std::chrono as the oracle of time IDs, independent of the
+// calendar code under test.
 #pragma once
 
+#include <fmt/chrono.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "host/process_host.hpp"
@@ -19,73 +20,30 @@
 
 namespace qvt::testing {
 
+inline std::chrono::sys_days sysDay(long d) { return std::chrono::sys_days{std::chrono::days{d - 3653}}; }
 inline long day(int y, int m, int d) {
   using namespace std::chrono;
-  return (sys_days{year{y} / m / d} - sys_days{year{1960} / 1 / 1}).count();
+  return (sys_days{year{y} / m / d} - sysDay(0)).count();
 }
-inline std::string isoDate(long d) {
-  using namespace std::chrono;
-  const year_month_day c{sys_days{year{1960} / 1 / 1} + days{d}};
-  char b[32];
-  std::snprintf(b, sizeof b, "%04d-%02u-%02u", int(c.year()), unsigned(c.month()), unsigned(c.day()));
-  return b;
-}
-template <class T>
-std::string fmt(T x) {
-  std::ostringstream s;
-  s << std::setprecision(17) << x;
-  return s.str();
-}
+inline std::string isoDate(long d) { return fmt::format("{:%F}", sysDay(d)); }
 // Cells joined by ',', missing ones as '.'.
 template <class T>
 std::string cells(const T* p, long n) {
   std::string s;
-  for (long i = 0; p && i < n; ++i) s += (i ? "," : "") + (wzmis(double(p[i])) ? "." : fmt(p[i]));
+  for (long i = 0; p && i < n; ++i) s += (i ? "," : "") + (wzmis(double(p[i])) ? "." : fmt::format("{}", p[i]));
   return s;
 }
 
-// A ProcessHost that records each message, its arguments joined by '|' (real
-// ones, time IDs in these messages, shown as dates when whole days), before
-// logging it as usual.
-struct RecordingHost : ProcessHost {
-  using ProcessHost::ProcessHost;
-  std::vector<std::tuple<int, int, std::string>> msgs;
-  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at) override {
-    std::string s;
-    for (const MsgArg& a : args) {
-      s += s.empty() ? "" : "|";
-      if (const auto* t = std::get_if<std::string>(&a)) s += *t;
-      if (const auto* i = std::get_if<long long>(&a)) s += std::to_string(*i);
-      const auto* x = std::get_if<double>(&a);
-      if (x) s += std::fabs(*x) < 1e6 && *x == std::floor(*x) ? isoDate(long(*x)) : fmt(*x);
-    }
-    msgs.emplace_back(group, number, s);
-    ProcessHost::msgLog(group, number, args, at);
-  }
-  std::vector<int> numbers(int group) const {
-    std::vector<int> r;
-    for (const auto& [g, n, s] : msgs)
-      if (g == group) r.push_back(n);
-    return r;
-  }
-  // The arguments of the nth (from 0) message of that number.
-  std::string args(int group, int number, int nth = 0) const {
-    for (const auto& [g, n, s] : msgs)
-      if (g == group && n == number && nth-- == 0) return s;
-    return "<none>";
-  }
-};
-
 // A QVTCOM wired to the CSV input "input", set up by "key=value" words: csv
 // (records separated by '/'), interval and id (empty: none), series, by, nby,
-// acc, notsorted, maxerror, start and end (dates), lead, zeromiss, trend,
+// acc, notsorted, start and end (dates), lead, zeromiss, trend, maxerror,
 // enobs (records expected: small, so that arrays grow) and memsize.
 struct InputRun {
   std::map<std::string, std::string> kv = {{"csv", "date,y/2020-01-01,1"}, {"interval", "MONTH"}, {"id", "date"},
                                            {"series", "y"}, {"maxerror", "25"}, {"enobs", "4"}};
   std::string dir = (std::filesystem::temp_directory_path() / "qvt-run-test-XXXXXX").string();
   std::ostringstream log;
-  RecordingHost host;
+  ProcessHost host;
   QVTCOM com;
   FORSTMT fstmt;
   std::vector<VAR> vars;
@@ -96,9 +54,7 @@ struct InputRun {
     std::replace(kv["csv"].begin(), kv["csv"].end(), '/', '\n');
     std::ofstream(dir + "/input.csv") << kv["csv"] << '\n';
     com.host = &host;
-    com.cpool = hostPoolCreate(host, 0, 1024, 6);
-    com.dpool = hostPoolCreate(host, 0, 1024, 6);
-    com.tpool = hostPoolCreate(host, 0, 1024, 6);
+    for (PoolHandle* p : {&com.cpool, &com.dpool, &com.tpool}) *p = hostPoolCreate(host, 0, 1024, 6);
     EXPECT_EQ(hostDsOpen(host, "input", DsMode::Input, &com.ds.data.fileid), 0);
     const DsHandle ds = com.ds.data.fileid;
     DsFacts f;
@@ -106,7 +62,7 @@ struct InputRun {
     com.ds.data.display.set(f.display);
     com.ds.data.lib.set(f.lib);
     com.ds.data.mem.set(f.member);
-    fstmt.acc.code = int(num("acc"));
+    fstmt.acc.code = com.istmt.acc.code = int(num("acc"));
     fstmt.zeromiss.code = int(num("zeromiss"));
     std::istringstream series(kv["series"]);
     for (std::string s; std::getline(series, s, ',');) {
@@ -128,15 +84,12 @@ struct InputRun {
       EXPECT_EQ(hostVarGetD(host, ds, com.id.dsvarno, &com.id.val), 0);
     }
     IDSTMT& is = com.istmt;
-    if (!kv["interval"].empty()) {
-      is.specified = 1;
+    is.specified = !kv["interval"].empty();
+    if (is.specified) {
       EXPECT_EQ(zintstr(kv["interval"].data(), int(kv["interval"].size()), &is.intv), 0);
-      is.time = is.intv.units == 's';
     }
     is.start = date("start");
     is.end = date("end");
-    is.acc.code = fstmt.acc.code;
-    is.acc.specified = fstmt.acc.code != 0;
     is.notsorted = num("notsorted") != 0;
     is.lead = int(num("lead"));
     com.in.enobs = num("enobs");
@@ -158,6 +111,7 @@ struct InputRun {
     HostConfig c;
     c.libs = {"work=" + dir};
     c.logStream = &log;
+    c.logFormat = LogFormat::Jsonl;
     c.memsize = std::size_t(num("memsize"));
     return c;
   }
@@ -185,39 +139,56 @@ struct InputRun {
     return -1;
   }
 
-  // Compares the facts named in "key=value" words with the state of com.
+  // The messages logged so far, read back from the log: each one's number
+  // (as group-number outside group 743) and its arguments joined by '|'.
+  std::vector<std::pair<std::string, std::string>> messages() const {
+    std::vector<std::pair<std::string, std::string>> r;
+    std::istringstream in(log.str());
+    for (std::string line; std::getline(in, line);) {
+      const auto j = nlohmann::json::parse(line);
+      std::string a;
+      for (const auto& x : j["args"]) {
+        const double d = x.is_number_float() ? x.get<double>() : 0.5;  // whole days show as dates
+        const bool isDay = d == std::floor(d) && std::fabs(d) < 1e6;
+        a += "|" + (x.is_string() ? x.get<std::string>() : isDay ? isoDate(long(d)) : x.dump());
+      }
+      const std::string group = j["group"] == kMsgProc ? "" : j["group"].dump() + "-";
+      r.emplace_back(group + j["number"].dump(), a.empty() ? a : a.substr(1));
+    }
+    return r;
+  }
+
+  // Compares "key=value" words with the state of com: facts by name, msgs
+  // (the numbers of all messages, joined by ','), and for a word "N=text"
+  // the arguments of the next message N, which must begin with text.
   void expect(const std::string& want) const {
     const auto& v = com.vars[0];
     const auto& o = com.out;
-    const auto tid = host.numbers(882);
-    std::string ids;
-    auto date = [](double x) { return std::fabs(x) < 1e7 ? isoDate(long(x)) : fmt(x); };
-    for (long t = 0; o.id && t < o.tobs; ++t) ids += (t ? "," : "") + date(o.id[t]);
+    auto f = [](auto x) { return fmt::format("{}", x); };
+    auto date = [&](double x) { return std::fabs(x) < 1e7 ? isoDate(long(x)) : f(x); };
+    const auto all = messages();
+    std::string msgs;
+    for (const auto& [n, a] : all) msgs += (msgs.empty() ? "" : ",") + n;
     const std::map<std::string, std::string> got = {
-        {"err", fmt(com.error)}, {"rc", fmt(com.rc)}, {"in", fmt(com.in.nobs)}, {"out", fmt(o.nobs)},
-        {"tobs", fmt(o.tobs)}, {"soff", fmt(o.soffset)}, {"eoff", fmt(o.eoffset)}, {"ids", ids},
-        {"forlast", date(o.forlast)}, {"dups", fmt(com.ndups)}, {"gaps", fmt(com.ngaps)},
-        {"maxgap", fmt(com.maxgap)}, {"big", fmt(com.nbigval)}, {"n", fmt(com.in.n)},
+        {"err", f(com.error)}, {"rc", f(com.rc)}, {"msgs", msgs}, {"in", f(com.in.nobs)}, {"out", f(o.nobs)},
+        {"tobs", f(o.tobs)}, {"soff", f(o.soffset)}, {"eoff", f(o.eoffset)}, {"forlast", date(o.forlast)},
+        {"ids", o.id && o.tobs > 0 ? date(o.id[0]) + ".." + date(o.id[o.tobs - 1]) : ""}, {"dups", f(com.ndups)},
+        {"gaps", f(com.ngaps)}, {"maxgap", f(com.maxgap)}, {"big", f(com.nbigval)}, {"n", f(com.in.n)},
         {"y", cells(com.in.y, com.in.nobs)}, {"pos", cells(com.in.pos, com.in.nobs)},
-        {"outy", cells(o.y, std::max(o.nobs, o.tobs))}, {"vn", fmt(v.n)}, {"vnin", fmt(v.nin)},
-        {"vmiss", fmt(v.nmiss)}, {"vstart", fmt(v.start)}, {"vstop", fmt(v.stop)},
-        {"rows", fmt(com.obsfirst) + "-" + fmt(com.obslast)}, {"idstart", fmt(com.id.start)},
-        {"timeid", cells(tid.data(), long(tid.size()))}};
+        {"outy", cells(o.y, std::max(o.nobs, o.tobs))},
+        {"v", cells(std::vector<long>{v.n, v.nin, v.nmiss, v.start, v.stop}.data(), 5)},
+        {"rows", f(com.obsfirst) + "-" + f(com.obslast)}, {"idstart", f(com.id.start)}};
+    std::map<std::string, int> nth;
     std::istringstream in(want);
-    for (std::string w; in >> w;) EXPECT_EQ(got.at(w.substr(0, w.find('='))), w.substr(w.find('=') + 1)) << w;
-  }
-  // Arguments of the nth message `number` of group 743 against "a|b|..."
-  // where '*' takes any one, "$ds" is the input's name, and a final "..."
-  // any further ones.
-  void expectArgs(int number, int nth, const std::string& want) const {
-    const std::string got = host.args(kMsgProc, number, nth);
-    std::istringstream w(want), g(got);
-    std::string a, b;
-    while (std::getline(w, a, '|') && a != "...") {
-      ASSERT_TRUE(std::getline(g, b, '|')) << number << ": " << got;
-      EXPECT_TRUE(a == "*" || b == (a == "$ds" ? com.ds.data.display.str() : a)) << number << ": " << got;
+    for (std::string w; in >> w;) {
+      const std::string key = w.substr(0, w.find('=')), value = w.substr(w.find('=') + 1);
+      int k = nth[key]++;
+      std::string args = "<none>";
+      for (const auto& [n, a] : all)
+        if (n == key && k-- == 0) args = a;
+      const std::string have = std::isdigit(key[0]) ? args.substr(0, value.size()) : got.at(key);
+      EXPECT_EQ(have, value) << w;
     }
-    EXPECT_TRUE(a == "..." || !std::getline(g, b, '|')) << "message " << number << " has more: " << got;
   }
 };
 
