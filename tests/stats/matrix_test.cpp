@@ -58,17 +58,19 @@ TEST(Cholesky, IndefiniteAndSingularInputs) {
 }
 
 TEST(PositiveDefinite, PassingSequencesGiveYuleWalkerAndFailingOnesAreShrunk) {
-  // AR(2) with phi = (0.5, 0.3): rho1 = phi1 / (1 - phi2), rho2 = phi1 rho1 + phi2.
-  const double r1 = 0.5 / 0.7;
-  const double rho2[] = {1.0, r1, 0.5 * r1 + 0.3};
-  double w2[2];
-  EXPECT_EQ(zposdef(rho2, 2, w2), 1.0);
-  EXPECT_NEAR(w2[0], -0.5, 1e-14);
-  EXPECT_NEAR(w2[1], -0.3, 1e-14);
-  const double ar1[] = {1.0, 0.5, 0.25, 0.125};  // AR(1): the zero coefficients too
-  double w3[3] = {9, 9, 9};
-  EXPECT_EQ(zposdef(ar1, 3, w3), 1.0);
-  EXPECT_NEAR(std::fabs(w3[0] + 0.5) + std::fabs(w3[1]) + std::fabs(w3[2]), 0.0, 1e-15);
+  // A passing sequence: the coefficients solve the Yule-Walker equations
+  // (solved here by Gauss-Jordan), every step of the recursion with a
+  // nonzero partial autocorrelation.
+  const double yw[] = {1.0, 0.6, 0.2, -0.1, 0.05};
+  std::vector<LRow> eq(4, LRow(5));
+  for (int i = 0; i < 4; ++i) {
+    for (int j = 0; j < 4; ++j) eq[i][j] = yw[std::abs(i - j)];
+    eq[i][4] = yw[i + 1];
+  }
+  const auto phi = gaussJordan(eq);
+  double w4[4];
+  EXPECT_EQ(zposdef(yw, 4, w4), 1.0);
+  for (int j = 0; j < 4; ++j) EXPECT_NEAR(w4[j], -static_cast<double>(phi[j][0]), 1e-14) << j;
   // rho1 = 0.9, rho2 = -0.9 has partial autocorrelation -9 at lag 2: the
   // shrunk sequence passes, 0.1 more does not, and the coefficients are
   // Yule-Walker's at the shrunk sequence.
