@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -142,10 +143,10 @@ struct Forecast {
   }
   // The column of an output variable, from row `from` on.
   std::vector<double> of(const std::string& name, int from = 0) const {
-    const std::map<std::string, int> k = {{"date", 0},  {"ACTUAL", 1}, {"PREDICT", 2}, {"ERROR", 3},
-                                          {"UPPER", 4}, {"LOWER", 5},  {"STD", 6},     {"LEVEL", 7},
-                                          {"TREND", 8}, {"SEASON", 9}};
-    return std::vector<double>(c[k.at(name)].begin() + from, c[k.at(name)].end());
+    const Names k = {"date", "ACTUAL", "PREDICT", "ERROR", "UPPER",
+                     "LOWER", "STD", "LEVEL", "TREND", "SEASON"};
+    const auto& v = c.at(static_cast<std::size_t>(std::find(k.begin(), k.end(), name) - k.begin()));
+    return std::vector<double>(v.begin() + from, v.end());
   }
 };
 
