@@ -64,6 +64,7 @@ TEST(IntervalNames, ArgumentsBuffersAndCodes) {
   INTERVAL odd;  // an unknown code prints as NONE
   odd.intcode = 99;
   EXPECT_EQ(name(odd), "NONE");
+  EXPECT_EQ(name(testing::customInterval()), "FISCAL");  // a custom interval prints its token
   for (const auto& c : testing::handCases("base")) {
     int l = -1;
     i = iv(c.s(1));
@@ -209,6 +210,7 @@ TEST(IntervalStep, WhatCantBeCountedIsMissing) {
   const INTERVAL c = testing::customInterval();
   EXPECT_TRUE(wzmis(zintnx2(c, skMissVal('M'), 1)));
   EXPECT_TRUE(wzmis(zintck2(c, skMissVal('I'), 100)));
+  EXPECT_TRUE(wzmis(zintnx3(c, 100, 1, "E", nullptr)));
   // Counting a time grid on date values: days become seconds; stepping
   // needs seconds.
   INTERVAL minuteOnDays = iv("MINUTE");
