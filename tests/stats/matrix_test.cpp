@@ -137,7 +137,7 @@ int qselect(std::vector<double>& x, double* w, std::vector<double> pos, double* 
                  nullptr, 0, nullptr);
 }
 
-TEST(Select, AgreesWithSortingOnRandomAndTiedData) {
+TEST(Select, AgreesWithSortingOnRandomAndTiedDataCarryingAPayload) {
   std::mt19937 gen(12345);
   std::uniform_int_distribution<int> small(0, 4);  // many ties
   std::normal_distribution<double> normal(0.0, 1.0);
@@ -149,8 +149,15 @@ TEST(Select, AgreesWithSortingOnRandomAndTiedData) {
     std::sort(s.begin(), s.end());
     const std::vector<double> pos = {0.0, static_cast<double>(n / 3), static_cast<double>(n / 2),
                                      static_cast<double>(n - 1)};
+    // A payload of original indices travels with the values.
+    std::vector<std::int32_t> tag(n);
+    for (long i = 0; i < n; ++i) tag[i] = static_cast<std::int32_t>(i);
+    const auto orig = x;
+    std::int32_t scratch = 0;
     double xj[4], xj1[4];
-    ASSERT_EQ(qselect(x, nullptr, pos, xj, xj1), 0);
+    const int width = sizeof(std::int32_t);
+    ASSERT_EQ(zqpsort(n, x.data(), nullptr, 4, pos.data(), xj, xj1, tag.data(), width, &scratch), 0);
+    for (long i = 0; i < n; ++i) EXPECT_EQ(x[i], orig[tag[i]]) << "trial " << trial << " at " << i;
     for (int q = 0; q < 4; ++q) {
       const auto k = static_cast<std::size_t>(pos[q]);
       EXPECT_EQ(xj[q], s[k]) << "trial " << trial << " pos " << k;
@@ -161,7 +168,7 @@ TEST(Select, AgreesWithSortingOnRandomAndTiedData) {
   }
 }
 
-TEST(Select, WeightedPositionsPayloadAndFailures) {
+TEST(Select, WeightedPositionsAndFailures) {
   // Sorted: 1 (w 2), 2 (w 0), 3 (w 1.5), 4 (w 0.5): weight intervals
   // [0,2) -> 1, [2,3.5) -> 3, [3.5,4) -> 4. The zero-weight 2 never stands
   // anywhere, and below 0 there is no value but the next is the minimum.
@@ -177,15 +184,6 @@ TEST(Select, WeightedPositionsPayloadAndFailures) {
   std::vector<double> u = {4, 2, 6};
   ASSERT_EQ(qselect(u, nullptr, {-1}, xj, xj1), 0);
   EXPECT_EQ(wzmis(xj[0]) + (xj1[0] == 2.0), 2);
-  // A payload travels with its value.
-  std::vector<double> y = {3.5, -1.0, 8.25, 0.5, 2.0, 7.0};
-  std::vector<std::int32_t> tag = {0, 1, 2, 3, 4, 5};
-  const auto orig = y;
-  std::int32_t scratch = 0;
-  const double two = 2;
-  ASSERT_EQ(zqpsort(6, y.data(), nullptr, 1, &two, xj, nullptr, tag.data(), sizeof(std::int32_t), &scratch), 0);
-  EXPECT_EQ(xj[0], 2.0);
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(y[i], orig[tag[i]]) << i;
   // Failures: no values, positions out of range or descending, a payload
   // without a width, weights that sum to nothing.
   std::vector<double> v = {1, 2, 3};
@@ -194,7 +192,7 @@ TEST(Select, WeightedPositionsPayloadAndFailures) {
   for (const std::vector<double>& pos : {std::vector<double>{3}, {-2}, {2, 1}}) {
     EXPECT_EQ(qselect(v, nullptr, pos, xj, nullptr), -1);
   }
-  EXPECT_EQ(zqpsort(3, v.data(), nullptr, 1, &one, xj, nullptr, tag.data(), 0, xj), -1);
+  EXPECT_EQ(zqpsort(3, v.data(), nullptr, 1, &one, xj, nullptr, v.data(), 0, xj), -1);
   std::vector<double> bad = {0, 1e-13, kMissing};
   EXPECT_EQ(qselect(v, bad.data(), {1}, xj, nullptr), -2);
 }
