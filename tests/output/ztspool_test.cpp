@@ -66,6 +66,7 @@ TEST(Zttrans, PassPlanAndTransposeInOneAndManyPasses) {
     if (c.nrow * c.ncol == 0 || c.nrow * c.ncol > 1000) continue;
     SpoolHost s;
     const auto m = matrix(c.nrow, c.ncol);
+    ASSERT_EQ(ztput(*s.host, s.b, c.ncol, m.data()), 0);  // left over in the target: cleared first
     for (long i = 0; i < c.nrow; ++i) ASSERT_EQ(ztput(*s.host, s.a, c.ncol, &m[i * c.ncol]), 0);
     ASSERT_EQ(zttransm(*s.host, s.a, s.b, c.nrow, c.ncol, c.limit), 0);
     EXPECT_EQ(s.rest(s.b), matrix(c.nrow, c.ncol, true));  // positioned at its start
@@ -76,14 +77,9 @@ TEST(Zttrans, PassPlanAndTransposeInOneAndManyPasses) {
   }
 }
 
-TEST(Zttrans, TargetIsClearedFirstShortInputIsEndOfFileAndFailedPassWriteIs4) {
+TEST(Zttrans, ShortInputIsEndOfFileAndFailedPassWriteIs4) {
   SpoolHost s;
-  const Cells junk(9, -1.0);
-  ASSERT_EQ(ztput(*s.host, s.b, 9, junk.data()), 0);  // left over in the target
   const auto m = matrix(2, 3);
-  ASSERT_EQ(ztput(*s.host, s.a, 6, m.data()), 0);
-  ASSERT_EQ(zttrans(*s.host, s.a, s.b, 2, 3), 0);
-  EXPECT_EQ(s.rest(s.b), matrix(2, 3, true));
   // A series that put no row: three rows of three announced, two there.
   ASSERT_EQ(ztput(*s.host, s.a, 6, m.data()), 0);
   EXPECT_EQ(zttrans(*s.host, s.a, s.b, 3, 3), 2);
@@ -119,7 +115,6 @@ TEST(Ztget, RowByNumberThenReadingOnAndReset) {
   }
   EXPECT_EQ(ztget(*s.host, s.a, -1, 4, v.data()), 2);  // past the end
   EXPECT_EQ(ztget(*s.host, s.a, -2, 4, v.data()), 2);
-  EXPECT_EQ(ztget(*s.host, s.a, 0, 4, nullptr), 2);
   // A reset spool starts again from nothing.
   ASSERT_EQ(ztrset(*s.host, s.a), 0);
   ASSERT_EQ(ztput(*s.host, s.a, 1, &m[2]), 0);
@@ -136,11 +131,8 @@ TEST(ZtinitZtterm, OpenCloseAndFailures) {
   EXPECT_TRUE(s.dir.entries().empty());
   EXPECT_EQ(ztterm(*s.host, s.a, s.b), 2);  // closed already: the first close fails and is explained
   EXPECT_EQ(s.numbers(), std::vector<int>{90});
-  testing::TempDir none;
-  HostConfig cfg;
-  cfg.tmpDir = none.path() + "/missing";
-  std::ostringstream log;
-  cfg.logStream = &log;
+  HostConfig cfg = testing::jsonlConfig(s.log);
+  cfg.tmpDir = s.dir.file("missing");
   ProcessHost h(cfg);
   SpoolHandle x, y;
   EXPECT_EQ(ztinit(h, &x, &y), 2);
