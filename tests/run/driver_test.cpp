@@ -208,18 +208,10 @@ void frame(QVTCOM& com, std::vector<double>& id) {
   com.istmt.align = 'E';
 }
 
-TEST(Qvtout, FilterOfHistoryRangeAndEnd) {
-  // The filter's result for obs 0..8: 1 leaves a row out, 2 ends the output.
+TEST(Qvtout, WithoutAnIntervalTheIdIsWrittenAsItStands) {
   QVTCOM com;
   std::vector<double> id;
   frame(com, id);
-  for (const auto& [nooutall, want] : {std::pair{0, "100000022"}, {1, "111110022"}}) {
-    com.op.nooutall = char(nooutall);
-    std::string got;
-    for (long obs = 0; obs <= 8; ++obs) got += std::to_string(qvtoutx(&com, obs, 0, nullptr));
-    EXPECT_EQ(got, want);
-  }
-  // Without an interval the ID is written as it stands.
   com.istmt.intv = INTERVAL{};
   EXPECT_EQ(qvtoutx(&com, 6, 0, nullptr), 0);
   EXPECT_EQ(com.id.val, id[6]);
