@@ -174,11 +174,11 @@ TEST(Select, WeightedPositionsAndFailures) {
   // anywhere, and below 0 there is no value but the next is the minimum.
   std::vector<double> x = {4, 2, 3, 1};
   std::vector<double> w = {0.5, 0.0, 1.5, 2.0};
-  double xj[8], xj1[8];
-  ASSERT_EQ(qselect(x, w.data(), {-1.0, 0.0, 1.99, 2.0, 3.49, 3.5, 3.9, 10.0}, xj, xj1), 0);
+  double xj[9], xj1[9];
+  ASSERT_EQ(qselect(x, w.data(), {-1.0, 0.0, 1.0, 1.99, 2.0, 3.49, 3.5, 3.9, 10.0}, xj, xj1), 0);
   EXPECT_EQ(wzmis(xj[0]), 1);
-  EXPECT_EQ(std::vector<double>(xj + 1, xj + 8), (std::vector<double>{1, 1, 3, 3, 4, 4, 4}));
-  EXPECT_EQ(std::vector<double>(xj1, xj1 + 8), (std::vector<double>{1, 1, 3, 3, 4, 4, 4, 4}));
+  EXPECT_EQ(std::vector<double>(xj + 1, xj + 9), (std::vector<double>{1, 1, 1, 3, 3, 4, 4, 4}));
+  EXPECT_EQ(std::vector<double>(xj1, xj1 + 9), (std::vector<double>{1, 1, 3, 3, 3, 4, 4, 4, 4}));
   const double weightOf[] = {2.0, 0.0, 1.5, 0.5};  // the weights moved with their values
   for (int i = 0; i < 4; ++i) EXPECT_EQ(w[i], weightOf[static_cast<int>(x[i]) - 1]) << x[i];
   std::vector<double> u = {4, 2, 6};
