@@ -148,10 +148,10 @@ TEST(StartRegressions, HandWorkedCasesAndFailures) {
       {"nothing usable, trend", 0, 4, std::vector<double>(8, 1), none, -2, kM, kM, kNo, {kM, kM, kM, kM}},
       {"nothing usable, no trend", 0, 4, std::vector<double>(8, 1), none, -2, kM, kNo, kNo, {kM, kM, kM, kM}},
       // Season 0 at t = 1, 3, 5: -10, 0, 10 (slope 5, intercept -15, line at
-      // 1: -10); season 1: 20 each. T = 2.5, C = 2.5, D = 5: raw factors -2
-      // and 4. The first repair, intercept / C = -6, is no nearer to 1; the
-      // second, slope / T = 2, is. 2 and 4 then average 3.
-      {"repaired factor", 1, 2, {-10, 20, 0, 20, 10, 20}, {}, 0, 2.5, 2.5, kNo, {2.0 / 3, 4.0 / 3}},
+      // 1: -10); season 1: 30 each. T = 2.5, C = 7.5, D = 10: raw factors -1
+      // and 3. The first repair, intercept / C = -2, is no nearer to 1; the
+      // second, slope / T = 2, is (slope / C would be 2/3). 2 and 3 average 2.5.
+      {"repaired factor", 1, 2, {-10, 30, 0, 30, 10, 30}, {}, 0, 7.5, 2.5, kNo, {0.8, 1.2}},
       // Season 0: -10 at t = 1, 4, 7; season 1: 30, 0, -30 (slope -10,
       // intercept 50); season 2: 60, 30, 0 (slope -10, intercept 90).
       // T = -20/3, C = 130/3, D = 110/3: raw factors -30/110, 120/110, 240/110.
