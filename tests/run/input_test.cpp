@@ -31,7 +31,7 @@ TEST(Input, CasesOfTheTable) {
     if (r.kv.count("accumulate")) accumulate(&r.com, int(r.num("accumulate")));
     r.expect(c.substr(arrow + 2));
   }
-  EXPECT_EQ(rows, 17);
+  EXPECT_EQ(rows, 16);
 }
 
 TEST(Input, GapsWarnTenTimesInAStepThenOnce11) {
@@ -234,7 +234,8 @@ TEST(Input, SeasonColumnWidth) {
 }
 
 TEST(Input, SeveralSeriesGoRecordMajorToTheSpool) {
-  const std::string two = "series=a,b csv=date,a,b/2020-01-01,1,10/2020-02-01,,1e200/2020-03-01,3,30/2020-04-01,.A,40";
+  const std::string two =
+      "series=a,b csv=date,a,b/2020-01-01,1,10/2020-02-01,,1e200/2020-03-01,3,30/2020-04-01,.A,40";
   InputRun r(two);
   ASSERT_EQ(ztinit(r.host, &r.com.infile, &r.com.outfile), 0);
   ASSERT_EQ(r.read(), -1);

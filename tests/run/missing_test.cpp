@@ -55,7 +55,8 @@ TEST(Missing, ZmissrClassifiesAndCountsAndFillWritesExactlyLen) {
 }
 
 TEST(Strings, PadClipAndNames) {
-  const std::pair<std::string, std::string> cases[] = {{"abc", "abc   "}, {"abcdefgh", "abcdef"}, {"", "      "}};
+  const std::pair<std::string, std::string> cases[] = {
+      {"abc", "abc   "}, {"abcdefgh", "abcdef"}, {"", "      "}};
   for (const auto& [from, want] : cases) {
     char to[6];
     vzmp(from.data(), long(from.size()), to, 6);

@@ -39,8 +39,8 @@ std::string cells(const T* p, long n) {
 // acc, notsorted, start and end (dates), lead, zeromiss, trend, maxerror,
 // enobs (records expected: small, so that arrays grow) and memsize.
 struct InputRun {
-  std::map<std::string, std::string> kv = {{"csv", "date,y/2020-01-01,1"}, {"interval", "MONTH"}, {"id", "date"},
-                                           {"series", "y"}, {"maxerror", "25"}, {"enobs", "4"}};
+  std::map<std::string, std::string> kv = {{"csv", "date,y/2020-01-01,1"}, {"interval", "MONTH"},
+                                           {"id", "date"}, {"series", "y"}, {"maxerror", "25"}, {"enobs", "4"}};
   std::string dir = (std::filesystem::temp_directory_path() / "qvt-run-test-XXXXXX").string();
   std::ostringstream log;
   ProcessHost host;
@@ -95,11 +95,10 @@ struct InputRun {
     com.in.enobs = num("enobs");
     com.maxerror = num("maxerror");
     com.trend.request = char(num("trend"));
-    com.nby = int(num("nby"));
+    com.nby = int(num("nby") + long(kv.count("by")));
     if (kv.count("by")) {
       const ByVar bv[] = {{hostVarFind(host, ds, kv["by"]), false}};
       host.bySet(ds, bv, false);
-      com.nby = 1;
     }
   }
   ~InputRun() { std::filesystem::remove_all(dir); }
@@ -172,8 +171,9 @@ struct InputRun {
     const std::map<std::string, std::string> got = {
         {"err", f(com.error)}, {"rc", f(com.rc)}, {"msgs", msgs}, {"in", f(com.in.nobs)}, {"out", f(o.nobs)},
         {"tobs", f(o.tobs)}, {"soff", f(o.soffset)}, {"eoff", f(o.eoffset)}, {"forlast", date(o.forlast)},
-        {"ids", o.id && o.tobs > 0 ? date(o.id[0]) + ".." + date(o.id[o.tobs - 1]) : ""}, {"dups", f(com.ndups)},
-        {"gaps", f(com.ngaps)}, {"maxgap", f(com.maxgap)}, {"big", f(com.nbigval)}, {"n", f(com.in.n)},
+        {"ids", o.id && o.tobs > 0 ? date(o.id[0]) + ".." + date(o.id[o.tobs - 1]) : ""},
+        {"dups", f(com.ndups)}, {"gaps", f(com.ngaps)}, {"maxgap", f(com.maxgap)}, {"big", f(com.nbigval)},
+        {"n", f(com.in.n)},
         {"y", cells(com.in.y, com.in.nobs)}, {"pos", cells(com.in.pos, com.in.nobs)},
         {"outy", cells(o.y, std::max(o.nobs, o.tobs))},
         {"v", cells(std::vector<long>{v.n, v.nin, v.nmiss, v.start, v.stop}.data(), 5)},
