@@ -58,36 +58,17 @@ TEST(CorpusValues, BomCrlfAndHeaderOnly) {
   std::ostringstream log;
   ProcessHost h(testing::jsonlConfig(log, {"corp=" + kCorpus}));
   ASSERT_EQ(h.init(), 0);
-  DsHandle ds;
-  ASSERT_EQ(h.dsOpen("corp.bom_crlf", DsMode::Input, &ds), 0) << log.str();
-  const auto vars = h.dsVars(ds);
-  ASSERT_EQ(vars.size(), 2u);
-  EXPECT_EQ(vars[0].name, "date");  // no byte-order mark in the name
-  EXPECT_EQ(vars[0].format, "DATE9.");
-  double date = 0, units = 0;
-  ASSERT_EQ(h.varGetD(ds, 1, &date), 0);
-  ASSERT_EQ(h.varGetD(ds, 2, &units), 0);
-  ASSERT_EQ(h.byNext(ds), 1);
-  ASSERT_EQ(h.byGet(ds), 1);
-  ASSERT_EQ(h.rowGet(ds), 0);
-  EXPECT_EQ(date, 23376.0);  // 2024-01-01: 64*365 + 16 leap days after 1960-01-01
-  EXPECT_EQ(units, 3.0);     // "3\r" would not be a number
-  ASSERT_EQ(h.byGet(ds), 1);
-  ASSERT_EQ(h.rowGet(ds), 0);
-  EXPECT_EQ(date, 23407.0);
-  EXPECT_EQ(wzmis(units), 1);
-  EXPECT_EQ(h.byGet(ds), 0);
-  EXPECT_EQ(h.byNext(ds), 0);
-  h.stepEnd(0);
-
-  ASSERT_EQ(h.dsOpen("corp.header_only", DsMode::Input, &ds), 0);
+  const testing::Table t = testing::readTable(h, "corp.bom_crlf");
+  ASSERT_EQ(t.size(), 2u) << log.str();
+  EXPECT_EQ(t[0].info.name, "date");  // no byte-order mark in the name
+  EXPECT_EQ(t[0].info.format, "DATE9.");
+  // 2024-01-01 is 64*365 + 16 leap days after 1960-01-01; February 1 is 31 days on.
+  EXPECT_EQ(t[0].num, (std::vector<double>{23376.0, 23407.0}));
+  EXPECT_EQ(t[1].num[0], 3.0);  // "3\r" would not be a number
+  EXPECT_EQ(wzmis(t[1].num[1]), 1);
   DsFacts f;
-  ASSERT_EQ(h.dsInfo(ds, &f), 0);
+  EXPECT_EQ(testing::readTable(h, "corp.header_only", &f).size(), 2u);
   EXPECT_EQ(f.nobs, 0);
-  EXPECT_EQ(h.dsVars(ds).size(), 2u);
-  EXPECT_EQ(h.byNext(ds), 1);  // without BY: one group, even of no records
-  EXPECT_EQ(h.byGet(ds), 0);
-  EXPECT_EQ(h.byNext(ds), 0);
   h.stepEnd(0);
 }
 

@@ -30,9 +30,6 @@ TEST(Log, TextLines) {
   const SourcePos at{"", 2, 7};
   const Case cases[] = {
       {900, 38, {std::string("x.csv")}, nullptr, "NOTE: The file x.csv has a header but no records."},
-      {900, 19, {std::string("m.json"), std::string("bad")}, nullptr,
-       "WARNING: The side file m.json is not usable (bad); its labels, formats and types are ignored and the "
-       "columns' types are inferred."},
       {900, 36, {std::string("two\nlines.csv"), 4LL}, &at,
        "ERROR: <command line>:2:7: two lines.csv, line 4: a quoted field is not closed before the end of the "
        "file. Add the closing double quote."},

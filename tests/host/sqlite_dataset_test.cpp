@@ -287,11 +287,8 @@ TEST(SqliteDataSet, LibrariesAndNames) {
 
   f.dir.write("junk.db", std::string(4096, 'x'));
   std::ostringstream log;
-  HostConfig cfg;
-  cfg.libs = {"a=sqlite:" + f.dir.file("junk.db"), "b=sqlite:" + f.dir.file("none/x.db"), "c=sqlite:"};
-  cfg.logFormat = LogFormat::Jsonl;
-  cfg.logStream = &log;
-  ProcessHost bad(cfg);
+  ProcessHost bad(testing::jsonlConfig(
+      log, {"a=sqlite:" + f.dir.file("junk.db"), "b=sqlite:" + f.dir.file("none/x.db"), "c=sqlite:"}));
   EXPECT_EQ(bad.init(), kHostBadArgument);
   EXPECT_EQ(testing::hostNumbers(log.str()), (std::vector<int>{100, 101, 15}));
 }
