@@ -92,16 +92,6 @@ TEST(Zttrans, ShortInputIsEndOfFileAndFailedPassWriteIs4) {
   EXPECT_EQ(f.numbers(), std::vector<int>{81});
 }
 
-TEST(Ztput, FailedWriteIsResult2AndBadArgumentsResult1) {
-  SpoolHost s(2);
-  const double x[] = {1, 2};
-  EXPECT_EQ(ztput(*s.host, s.a, 2, x), 0);
-  EXPECT_EQ(ztput(*s.host, s.a, 2, x), 2);  // the hook
-  EXPECT_EQ(ztput(*s.host, s.a, -1, x), 1);
-  EXPECT_EQ(ztput(*s.host, s.a, 2, nullptr), 1);
-  EXPECT_EQ(ztput(*s.host, s.a, 0, nullptr), 0);
-}
-
 TEST(Ztget, RowByNumberThenReadingOnAndReset) {
   SpoolHost s;
   const auto m = matrix(3, 4);  // three series of four cells, series-major
@@ -123,8 +113,14 @@ TEST(Ztget, RowByNumberThenReadingOnAndReset) {
   EXPECT_EQ(ztrset(*s.host, SpoolHandle{}), 1);
 }
 
-TEST(ZtinitZtterm, OpenCloseAndFailures) {
-  SpoolHost s;
+TEST(ZtputZtinitZtterm, WritesOpenCloseAndFailures) {
+  SpoolHost s(2);  // the second write of the host fails
+  const double x[] = {1, 2};
+  EXPECT_EQ(ztput(*s.host, s.a, 2, x), 0);
+  EXPECT_EQ(ztput(*s.host, s.a, 2, x), 2);  // the hook
+  EXPECT_EQ(ztput(*s.host, s.a, -1, x), 1);
+  EXPECT_EQ(ztput(*s.host, s.a, 2, nullptr), 1);
+  EXPECT_EQ(ztput(*s.host, s.a, 0, nullptr), 0);
   EXPECT_EQ(ztinit(*s.host, nullptr, &s.b), 1);
   EXPECT_EQ(ztterm(*s.host, SpoolHandle{}, s.b), 1);
   EXPECT_EQ(ztterm(*s.host, s.a, s.b), 0);
@@ -134,8 +130,8 @@ TEST(ZtinitZtterm, OpenCloseAndFailures) {
   HostConfig cfg = testing::jsonlConfig(s.log);
   cfg.tmpDir = s.dir.file("missing");
   ProcessHost h(cfg);
-  SpoolHandle x, y;
-  EXPECT_EQ(ztinit(h, &x, &y), 2);
+  SpoolHandle one, two;
+  EXPECT_EQ(ztinit(h, &one, &two), 2);
 }
 
 }  // namespace
