@@ -94,7 +94,8 @@ TEST(Literals, AgainstTheCivilCalendar) {
     const auto month = static_cast<unsigned>(ymd.month()), dd = static_cast<unsigned>(ymd.day());
     const std::string mon = std::string("JANFEBMARAPRMAYJUNjulaugsepoctnovdec").substr(3 * (month - 1), 3);
     char date[16], time[16];
-    std::snprintf(date, sizeof date, n % 2 ? "%u%s%d" : "%02u%s%d", dd, mon.c_str(), static_cast<int>(ymd.year()));
+    const int yyyy = static_cast<int>(ymd.year());
+    std::snprintf(date, sizeof date, n % 2 ? "%u%s%d" : "%02u%s%d", dd, mon.c_str(), yyyy);
     std::snprintf(time, sizeof time, "%u:%02u:%02u", h, m, sec);
     const double d = static_cast<double>((day - epoch).count()), t = h * 3600 + m * 60 + sec;
     EXPECT_EQ(literalDate(date), d) << date;

@@ -72,7 +72,8 @@ TEST(Options, EachOptionToItsBitOrFieldWithinItsLimits) {
       checkOption(r[0][0], r[1], r[2]);
       continue;
     }
-    for (const auto& [name, b, f] : kComponents) checkOption('M', name + "=(" + r[1] + ")", r[2] + " b+3", b, f);
+    for (const auto& [name, b, f] : kComponents)
+      checkOption('M', name + "=(" + r[1] + ")", r[2] + " b+3", b, f);
     if (HasFatalFailure()) return;
   }
 }

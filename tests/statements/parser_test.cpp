@@ -81,7 +81,8 @@ const RepairCase kRepairs[] = {
     {"qvt lead=4; forecast a; forecast 'x' 'y' 'z'; forecast b;", {kMsgSyntax, kMsgUnrepairable}, 0, 1,
      "qvt lead=4; forecast a; forecast b;"},
     {"qvt; forcast x;", {kMsgUnknownStatement}, 0, 1, "qvt;"},
-    {"qvt; forecast x / alpha=; forecast y / holdout=-1;", {kMsgSyntax, kMsgRepaired, kMsgOutOfRange}, 1, 0, 0},
+    {"qvt; forecast x / alpha=; forecast y / holdout=-1;", {kMsgSyntax, kMsgRepaired, kMsgOutOfRange}, 1, 0,
+     nullptr},
     // A repeated option warns, and the last one stands.
     {"qvt lead=3 lead=4;", {kMsgRepeated}, 0, 0, "qvt lead=4;"},
     // Options held in two or three fields: writing one clears the others.
@@ -89,7 +90,8 @@ const RepairCase kRepairs[] = {
      "qvt; id t interval=month setmissing=7;"},
     {"qvt; id t interval=month start='01JAN2020'd start='13:30't;", {kMsgRepeated}, 0, 0,
      "qvt; id t interval=month start='13:30't;"},
-    {"qvt; forecast x / setmissing=7 setmissing=prev;", {kMsgRepeated}, 0, 0, "qvt; forecast x / setmissing=prev;"},
+    {"qvt; forecast x / setmissing=7 setmissing=prev;", {kMsgRepeated}, 0, 0,
+     "qvt; forecast x / setmissing=prev;"},
     // The second ID statement writes the interval again: two warnings, no error.
     {"qvt; id t interval=month; id u interval=qtr;", {kMsgSecondStatement, kMsgRepeated}, 0, 0, nullptr},
     {"qvt; id t interval=fortnight;", {kMsgBadInterval}, 0, 0, nullptr},
@@ -123,7 +125,8 @@ TEST(Repair, ErrorNamesFileLineColumnAndShowsTheLine) {
   Parsed r("qvt lead=5;\n  forecast x / alpha=;\n", SourcePos{"prog.qvt", 1, 1});
   ASSERT_EQ(r.h.numbers().at(0), kMsgSyntax);
   EXPECT_NE(r.h.text(0).find("prog.qvt, line 2, column 22"), std::string::npos) << r.h.text(0);
-  EXPECT_NE(r.h.text(0).find("  forecast x / alpha=;\n                     ^"), std::string::npos) << r.h.text(0);
+  const std::string shown = "  forecast x / alpha=;\n                     ^";
+  EXPECT_NE(r.h.text(0).find(shown), std::string::npos) << r.h.text(0);
 }
 
 nlohmann::json render(const std::string& text) {
