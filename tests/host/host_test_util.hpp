@@ -147,7 +147,7 @@ inline Table readTable(ProcessHost& h, const std::string& name, DsFacts* facts =
   for (std::size_t c = 0; c < t.size(); ++c) {
     const int varno = static_cast<int>(c + 1);
     const bool n = t[c].info.type == VarType::Numeric;
-    EXPECT_EQ(n ? h.varGetD(in, varno, &num[c]) : h.varGetT(in, varno, &text[c]), 0);
+    EXPECT_EQ(n ? hostVarGetD(h, in, varno, &num[c]) : hostVarGetT(h, in, varno, &text[c]), 0);
   }
   while (h.byNext(in) == 1) {
     while (h.byGet(in) == 1) {
