@@ -29,6 +29,18 @@ namespace qvt {
 
 enum class CellKind : std::uint8_t { Missing, Number, Date, DateTime, Time, Text };
 
+// The kind's name in messages about a column ("date", "character", ...);
+// both engines name a clash of kinds the same way.
+constexpr const char* kindName(CellKind k) {
+  switch (k) {
+    case CellKind::Date: return "date";
+    case CellKind::DateTime: return "datetime";
+    case CellKind::Time: return "time";
+    case CellKind::Text: return "character";
+    default: return "numeric";
+  }
+}
+
 // The kind of a cell and, for every kind but Text, its value.
 CellKind csvClassify(std::string_view cell, double* value) noexcept;
 

@@ -22,16 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char* kindName(CellKind k) {
-  switch (k) {
-    case CellKind::Date: return "date";
-    case CellKind::DateTime: return "datetime";
-    case CellKind::Time: return "time";
-    case CellKind::Text: return "character";
-    default: return "numeric";
-  }
-}
-
 DsDiag diag(int number, std::vector<MsgArg> args, Severity s = Severity::Error) {
   return DsDiag{number, std::move(args), s};
 }

@@ -5,21 +5,12 @@
 #include "host/dsname.hpp"
 #include "host/host_msgs.hpp"
 #include "host/sqlite_db.hpp"
+#include "host/csv_cell.hpp"
 #include "host/sqlite_engine.hpp"
 #include "run/missing.hpp"
 
 namespace qvt {
 namespace {
-
-const char* kindName(CellKind k) {
-  switch (k) {
-    case CellKind::Date: return "date";
-    case CellKind::DateTime: return "datetime";
-    case CellKind::Time: return "time";
-    case CellKind::Text: return "character";
-    default: return "numeric";
-  }
-}
 
 bool isTemporal(CellKind k) {
   return k == CellKind::Date || k == CellKind::DateTime || k == CellKind::Time;
