@@ -103,6 +103,10 @@ int ztstbix12(double x, double c, double* y) noexcept;  // (xc + 1 - c^3)^(1/c)
 
 // ---------------------------------------------- mean and median, by kind
 // m median g(x), y mean, stdy standard deviation of g(X), X ~ N(x, stdx^2).
+// The integrated three give -1 with y = m and stdy = stdx where stdx is no
+// spread at all (|x| * S >= stdx). Where the inverse fails at x itself they
+// give m = y = what it gave and stdy missing, with result -1 for the Box-Cox
+// forms and 1 for the logistic, whose inverse fails only for a missing x.
 
 int ztstle(double x, double stdx, double c, double* m, double* y, double* stdy) noexcept;
 int ztstse(double x, double stdx, double c, double* m, double* y, double* stdy) noexcept;

@@ -22,9 +22,8 @@ const double kM = kMissing;
 TEST(Transform, LimitsHaveTheirBitPatterns) {
   const std::pair<double, std::uint64_t> limits[] = {
       {kTrnsBig, 0x5FF0000000000087}, {kTrnsBigSq, 0x5F847AE147AE147B}, {kTrnsHuge, 0x7FDFFFFFFFFFFFFE},
-      {kTrnsExpMax, 0x40862E42FEFA39EF}, {kTrnsExpMin, 0xC086232BDD76683C},
-      {kTrnsSmall, 0x3E46A09E667F3BCE}, {kTrnsBoxCoxLog, 0x3E45798EE2308C3A},
-      {kTrnsTiny, 0x20000000002302AC}};
+      {kTrnsExpMax, 0x40862E42FEFA39EF}, {kTrnsExpMin, 0xC086232BDD76683C}, {kTrnsTiny, 0x20000000002302AC},
+      {kTrnsSmall, 0x3E46A09E667F3BCE}, {kTrnsBoxCoxLog, 0x3E45798EE2308C3A}};
   for (const auto& [v, bits] : limits) EXPECT_EQ(std::bit_cast<std::uint64_t>(v), bits) << v;
 }
 
@@ -34,7 +33,8 @@ TEST(Transform, ForwardAndInverseByHand) {
       {true, kTrnsLog, 0.0, 0.0, 1, kM},       {true, kTrnsLog, kM, 1.0, 0, 0.0},
       {true, kTrnsSqrt, 0.0, 0.0, 0, 0.0},     {true, kTrnsSqrt, 0.5, -1.0, 1, kM},
       {true, kTrnsLogistic, kM, 0.5, 0, 0.0},  {true, kTrnsLogistic, 0.5, 3.0, 1, kM},
-      {true, kTrnsLogistic, 0.5, 2.0, 0, 354.89135644669204},  // ln B: 1/0 saturates at B
+      // ln B: y c = 1 makes the odds 1/0, which the guarded division saturates at B.
+      {true, kTrnsLogistic, 0.5, 2.0, 0, 354.89135644669204}, {true, kTrnsLog, 1.0, kM, -1, kM},
       {true, kTrnsBoxCox, kM, -3.0, 0, -3.0},  {true, kTrnsBoxCox, 0.0, 2.0, 0, std::log(2.0)},
       {true, kTrnsBoxCox, 5e-9, 0.0, 1, kM},   {true, kTrnsBoxCox, 0.5, 4.0, 0, 2.0},
       {true, kTrnsBoxCox, 0.5, -4.0, 1, kM},   {true, kTrnsBoxCoxX12, 0.5, 4.0, 0, 2.25},
@@ -81,10 +81,10 @@ TEST(Transform, RoundTripsEveryKind) {
 TEST(Transform, ClosedFormMoments) {
   std::mt19937_64 gen(7);
   std::uniform_real_distribution<double> ux(-3.0, 5.0), us(0.01, 2.0);
+  double m = 0, y = 0, sy = 0, med = 0, smed = 0;
   for (int i = 0; i < 200; ++i) {
     const double x = ux(gen), s = us(gen), c = 0.75;
     const long double lx = x, ls = s;
-    double m = 0, y = 0, sy = 0, med = 0, smed = 0;
     // Lognormal: mean e^(x + s^2/2), sd mean sqrt(e^(s^2) - 1).
     const double mean = double(std::exp(lx + ls * ls / 2));
     const double sd = double(std::exp(lx + ls * ls / 2) * std::sqrt(std::expm1(ls * ls)));
@@ -101,7 +101,6 @@ TEST(Transform, ClosedFormMoments) {
     const double sd2 = double(std::sqrt(2 * ls * ls * ls * ls + 4 * lx * lx * ls * ls));
     EXPECT_NEAR(sy, sd2, 1e-12 * (s * s + x * x));
   }
-  double m = 0, y = 0, sy = 0;
   EXPECT_EQ(ztstle(1.0, 0.0, 0.5, &m, &y, &sy), 0);  // no spread: the median, exactly
   EXPECT_TRUE(y == m && m == std::exp(1.0) - 0.5 && sy == 0.0);
   EXPECT_EQ(ztstle(1.0, 40.0, 0.0, &m, &y, &sy), 1);  // e^800 overflows
@@ -121,6 +120,7 @@ TEST(Transform, IntegratedMomentsMatchSimpson) {
                         {kTrnsBoxCox, -0.5, 1.0, 0.08},   {kTrnsBoxCox, 1.5, 30.0, 2.0},
                         {kTrnsBoxCoxX12, 0.5, 5.0, 0.45}, {kTrnsBoxCoxX12, -0.4, 1.2, 0.1}};
   std::vector<double> w(kTrnsGridK + 1, kM);
+  double y = 0, sy = 0, m = 0;
   for (const Case& k : cases) {
     const int panels = 20000;
     long double e1 = 0, e2 = 0, med = inverseLd(k.type, k.x, k.c), e3 = 0;
@@ -132,7 +132,6 @@ TEST(Transform, IntegratedMomentsMatchSimpson) {
       e1 += f * g, e2 += f * g * g, e3 += f * (g - med) * (g - med);
     }
     const double sd = double(std::sqrt(e2 - e1 * e1));
-    double y = 0, sy = 0;
     ASSERT_EQ(ztste(k.x, k.s, k.type, k.c, kTrnsGridK, kTrnsGridB, w.data(), &y, &sy), 0) << k.type;
     EXPECT_NEAR(y, double(e1), 1e-9 * std::fabs(double(e1))) << k.type << " x " << k.x;
     EXPECT_NEAR(sy, sd, 1e-6 * sd) << k.type << " x " << k.x;
@@ -142,7 +141,6 @@ TEST(Transform, IntegratedMomentsMatchSimpson) {
   }
   // Box-Cox c = 1 is g(u) = u + 1; at x = 0.25, sd 1 only the lower points
   // 0.15 and 0.05 count. Sums over the grid by a Python script (math module).
-  double y = 0, sy = 0, m = 0;
   ASSERT_EQ(ztstbe(0.25, 1.0, 1.0, kTrnsGridK, kTrnsGridB, w.data(), &m, &y, &sy), 0);
   EXPECT_NEAR(y, 1.1352525804292821, 1e-9);
   EXPECT_NEAR(sy, 1.0562918776985504, 1e-9);
@@ -156,6 +154,8 @@ TEST(Transform, VectorsAndWeightTable) {
     EXPECT_EQ(ztstmv(x, sx, 3, type, 1.0, 100, 10, nullptr, y, sy), -1);
   }
   EXPECT_EQ(y[0], 9.0);  // a negative result writes nothing
+  EXPECT_EQ(ztstmv(x, sx, 3, kTrnsAuto, 1.0, 0, 0, nullptr, y, sy), 0);  // no transformation: a copy
+  EXPECT_TRUE(y[0] == 1.0 && sy[0] == 0.5 && wzmis(y[2]));
   EXPECT_EQ(ztstev(x, sx, 1, kTrnsLog, 0.0, 100, 10, nullptr, y, sy), 0);
   EXPECT_EQ(ztstfv(x, 3, kTrnsLog, 0.0, y), 1);  // log 0 counts, the missing doesn't
   // An empty table is filled on first use. Its abscissae grow by repeated
