@@ -12,8 +12,10 @@
 //
 // Common conventions:
 //  - Results: 0 computed; 1 outside the domain or a result would overflow;
-//    -1 missing input or an unusable argument (n < 1, no weight table,
-//    k < 1, b < 1). A result that can't be computed is the missing value.
+//    -1 missing input or an unusable argument (n < 1, a null array, no
+//    weight table, k < 1 or b < 1 for the integrated kinds even when the
+//    table is filled, since the grid step is stdx/b and the sums run to k).
+//    A result that can't be computed is the missing value.
 //  - A type other than 1..5 means no transformation: the result is the
 //    argument with result 0.
 //  - Vector routines read each element before writing it, so the outputs may
