@@ -19,7 +19,6 @@ constexpr CatalogEntry kRows[] = {
     {743, 2003, Warning, "The model of the series {1} could not be estimated; its forecasts are missing. Try a simpler MODEL=, or check the data for extreme values."},
     {743, 2007, Warning, "The transformation of the series {1} failed, so no model was fitted and its forecasts are missing. Check that its values suit TRANSFORM=, or use TRANSFORM=NONE."},
     {743, 2090, Warning, "The series {1} asks for MODEL={2}, which chooses a model automatically; model selection is not built yet, so the series was not forecast. Name one model instead, e.g. MODEL=SIMPLE or MODEL=SEASONAL."},
-    {743, 2091, Warning, "The series {1} asks for TRANSFORM={2}; transformations are not built yet, so the series was not forecast. Use TRANSFORM=NONE."},
     {743, 2092, Warning, "The series {1} asks for MODEL={2}, which needs the intermittent-demand models; they are not built yet, so the series was not forecast. Name a smoothing model instead, e.g. MODEL=SIMPLE."},
     {743, 2093, Note, "Printed tables and plots are not built yet; the PRINT= and PLOT= requests of this step were ignored. The output data sets are written as usual."},
 };

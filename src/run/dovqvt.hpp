@@ -46,7 +46,6 @@ enum RunMsg : int {
   // Stages of the run that this build does not have yet; each ends the
   // series through the ordinary failure path, or is noted once per step.
   kMsgSelectionNotBuilt = 2090,     // (variable, model)
-  kMsgTransformNotBuilt = 2091,     // (variable, transformation)
   kMsgIntermittentNotBuilt = 2092,  // (variable, model)
   kMsgPrintNotBuilt = 2093,         // ()
 };

@@ -20,6 +20,7 @@
 #include "run/missing.hpp"
 #include "run/strings.hpp"
 #include "stats/sfstats.hpp"
+#include "stats/transform.hpp"
 
 namespace qvt {
 
@@ -66,16 +67,6 @@ enum ModelCode : int {
   kModelMultSeasonal = 11,
   kModelCroston = 20,
   kModelBestAll = 50,
-};
-
-// Transformation codes.
-enum TransformCode : int {
-  kTrnsNone = 0,
-  kTrnsLog = 1,
-  kTrnsSqrt = 2,
-  kTrnsLogistic = 3,
-  kTrnsBoxCox = 4,
-  kTrnsAuto = 10,
 };
 
 // USE= codes.

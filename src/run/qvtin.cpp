@@ -10,6 +10,7 @@
 #include "host/format.hpp"
 #include "output/ztspool.hpp"
 #include "run/qvtin.hpp"
+#include "stats/transform.hpp"
 
 namespace qvt {
 namespace {
@@ -362,10 +363,10 @@ void allocate(QVTCOM* com) {
     }
   }
   if (!out.intwgts) {
+    // The back-transform's integration weights: 100 points a side, ten to a
+    // standard deviation. Made once a run; the pool outlives the BY groups.
     out.intwgts = poolArray<double>(*com, com->cpool, 101);
-    // The weights themselves, ztstniw(100, 10, out.intwgts), are filled by
-    // the transformation code of the statistics folder once it provides
-    // ztstniw; until then the block stays zero.
+    if (out.intwgts) ztstniw(kTrnsGridK, kTrnsGridB, out.intwgts);
   }
   if (memoryShort(com)) forgetSizes();
 }

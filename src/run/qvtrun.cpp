@@ -14,6 +14,8 @@
 #include "run/dovqvt.hpp"
 #include "run/qvtin.hpp"
 #include "smoothing/esmfor.hpp"
+#include "statements/qvtpcodes.hpp"
+#include "stats/transform.hpp"
 
 namespace qvt {
 namespace {
@@ -27,14 +29,6 @@ struct ModelGuard {
   ModelGuard& operator=(const ModelGuard&) = delete;
   ~ModelGuard() { esmtrm(esm); }
 };
-
-// A name without the blanks that pad it to its field (transformation names
-// are eight characters wide).
-std::string trimmed(const u_sname& name) {
-  std::string s = name.str();
-  s.erase(s.find_last_not_of(' ') + 1);
-  return s;
-}
 
 bool supportedSmoothing(int method) noexcept {
   switch (method) {
@@ -72,6 +66,32 @@ void holdouts(QVTCOM* com, const FORSTMT& f, long n, long* hd) {
     com->current.holdout = std::min(h, part(n));
     *hd = std::min(h, part(com->out.nobs));
   }
+}
+
+// Puts the used range on the scale the model is fitted on: out.actual holds
+// the transformed values and cur.x points at what the model sees. AUTO is
+// tried as the log; where the log can't be taken the series goes on
+// untransformed, while a transformation asked for by name ends the series.
+bool transformSeries(QVTCOM* com, long n) {
+  auto& cur = com->current;
+  if (cur.trnscode == kTrnsNone) {
+    cur.x = cur.y;
+    return true;
+  }
+  const int code = cur.trnscode == kTrnsAuto ? kTrnsLog : cur.trnscode;
+  if (code == kTrnsLogistic) ztstgp(cur.y, n, &cur.trnsparm);
+  if (ztstfv(cur.y, n, code, cur.trnsparm, com->out.actual) == 0) {
+    cur.x = com->out.actual;
+    return true;
+  }
+  if (cur.trnscode == kTrnsAuto) {
+    cur.trnscode = kTrnsNone;
+    qvtptrn(com, kTrnsNone, &cur.trnsname, &cur.trns);
+    cur.x = cur.y;
+    return true;
+  }
+  if (failure(com, kStatusTransform)) hostMsgLog(*com->host, kMsgProc, kMsgTransformFailed, {cur.var.str()});
+  return false;
 }
 
 // One series, from its raw records to its rows. Every return is the end of
@@ -151,14 +171,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
 
   // Smoothing path.
   cur.modelcode = method;
-  if (trnscode == kTrnsNone) {
-    cur.x = cur.y;
-  } else {
-    // The transformations and their back-transforms are not in this build.
-    if (failure(com, kStatusTransform))
-      hostMsgLog(host, kMsgProc, kMsgTransformNotBuilt, {cur.var.str(), trimmed(f.transform.name)});
-    return;
-  }
+  if (!transformSeries(com, n)) return;
   if (best(com, nseasons) < 0) {
     failure(com, kStatusNoData);  // best has issued its message
     return;
@@ -204,6 +217,21 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   if (r < 0) {
     if (failure(com, kStatusForecast)) modelMessage(com, r);
     return;
+  }
+  if (trnscode != kTrnsNone) {
+    // Back to the scale of the data: the forecast and its standard error by
+    // the mean (or, asked for, the median) of the back-transformed normal,
+    // the limits by the plain inverse, which keeps their coverage.
+    const int code = trnscode == kTrnsAuto ? kTrnsLog : trnscode;
+    const double c = cur.trnsparm;
+    auto* toData = f.transform.median ? ztstmv : ztstev;
+    if (toData(fore.predicted, fore.std, fore.n, code, c, kTrnsGridK, kTrnsGridB, com->out.intwgts, fore.predicted,
+               fore.std) < 0) {
+      failure(com, kStatusBackTransform);  // counted, without a message
+      return;
+    }
+    ztstiv(fore.lower, fore.n, code, c, fore.lower);
+    ztstiv(fore.upper, fore.n, code, c, fore.upper);
   }
   // With BACK= the forecast rows of the BACK= periods have actual values;
   // their residuals are those of the data.

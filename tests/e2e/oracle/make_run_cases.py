@@ -9,6 +9,7 @@ script only (re)writes the CSV files named below.
 """
 import csv
 import datetime
+import math
 import os
 import random
 
@@ -207,6 +208,44 @@ def main():
     write(os.path.join(c, "expect", "outfor.csv"), ["shop"] + OUTFOR_HEAD, rows)
     write(os.path.join(c, "expect", "out.csv"), ["shop", "date", "u", "v"], all_out)
 
+
+    # transform: SIMPLE fitted to the log of a (mean back-transform) and to
+    # the square root of b (median back-transform). The model's rows on the
+    # transformed scale come from the oracle; the way back is the normal
+    # theory of each inverse: for the log the lognormal mean exp(p + s^2/2)
+    # with standard deviation mean*sqrt(exp(s^2) - 1); for the square root
+    # the median p^2 with the spread of q = X^2, X ~ N(p, s), about it:
+    # E q = p^2 + s^2, Var q = s^2 (2 s^2 + 4 p^2), so sqrt(Var q + s^4).
+    # Limits are the plain inverses of the limits, errors are in the data.
+    # c is a with one value 0: its log can't be taken, so it fails alone.
+    c = case_dir("transform")
+    ta = noisy_walk(51, 20, 60.0, step=2.0, noise=6.0)
+    tb = noisy_walk(52, 20, 400.0, step=10.0, noise=30.0)
+    d20t = months(2021, 1, 20)
+    tc = [0.0 if i == 7 else v for i, v in enumerate(ta)]  # no log of 0: c fails and has no rows
+    write(os.path.join(c, "three.csv"), ["date", "a", "b", "c"], zip(d20t, ta, tb, tc))
+
+    def back(rows, xs, inverse, centre):
+        out = []
+        for (_, p, lo, up, _, sd), a in zip(rows, xs + [None] * (len(rows) - len(xs))):
+            m, s = centre(p, sd)
+            out.append((a, m, inverse(lo), inverse(up), None if a is None else a - m, s))
+        return out
+
+    def lognormal(p, s):
+        m = math.exp(p + s * s / 2)
+        return m, m * math.sqrt(math.expm1(s * s))
+
+    def sqrt_median(p, s):
+        return p * p, math.sqrt(s * s * (2 * s * s + 4 * p * p) + s ** 4)
+
+    _, ra = esm.ses_rows([math.log(v) for v in ta], 3)
+    _, rb = esm.ses_rows([math.sqrt(v) for v in tb], 3)
+    ra = back(ra, ta, math.exp, lognormal)
+    rb = back(rb, tb, lambda v: v * v, sqrt_median)
+    d23t = months(2021, 1, 23)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD,
+          outfor_rows("a", d23t, ra) + outfor_rows("b", d23t, rb))
 
 if __name__ == "__main__":
     main()
