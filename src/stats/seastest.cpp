@@ -23,8 +23,9 @@
 //    that the test gives wherever the statistic can't be used: seasonality is
 //    then not shown, rather than shown by an error value.
 //  - A negative p is rejected (-13) even when nseas >= 52 drops the
-//    autoregressive term; p = 0 is allowed, the work arrays being sized for
-//    at least one lag since the GLS step reads rho[1].
+//    autoregressive term; p = 0 is allowed. rho and phi are sized by the
+//    order actually fitted (a p dropped at 52 seasons allocates nothing),
+//    and for at least one lag, since the GLS step reads rho[1].
 //  - nseas 0 or 1 leaves nothing to compare: the answer is 0 once the
 //    non-seasonal criterion is known.
 #include "stats/seastest.hpp"
@@ -128,7 +129,7 @@ int zssntstImpl(const double* x, long n, const int* dif, int ndif, int p, int ns
   if (rc < 0) return static_cast<int>(rc);
   if (x == nullptr || aic == nullptr) return -99;
 
-  const int q = std::max(p, 1);
+  const int q = std::max(pp, 1);
   const auto ns = static_cast<std::size_t>(nseas);
   std::vector<double> y(x, x + n), ypd(static_cast<std::size_t>(n), 0.0);
   std::vector<double> rho(static_cast<std::size_t>(q) + 1, 0.0), phi(static_cast<std::size_t>(q) + 1, 0.0);
