@@ -12,7 +12,7 @@
 //  - p > 1. The non-seasonal model is the Yule-Walker AR(p) (getphi). For the
 //    seasonal model the GLS step keeps the AR(1) error with coefficient rho[1]
 //    of the seasonal residuals, as with p = 1; the residual variance of the
-//    seasonal model (step 13) uses the AR(p) fitted to those same residual
+//    seasonal model uses the AR(p) fitted to those same residual
 //    autocorrelations, so that its p coefficients belong to the series they
 //    are applied to and the p degrees of freedom charged in df are earned.
 //    With p = 1 both are the one coefficient rho[1] and a zero constant.
