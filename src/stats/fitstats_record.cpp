@@ -41,21 +41,25 @@ struct KindFields {
 };
 
 constexpr KindFields kErrorFields[] = {
-    {kSfErr, false, false, {{kSfMean, &SF_STATS::me}, {kSfMin, &SF_STATS::minerr}, {kSfMax, &SF_STATS::maxerr}}},
+    {kSfErr, false, false,
+     {{kSfMean, &SF_STATS::me}, {kSfMin, &SF_STATS::minerr}, {kSfMax, &SF_STATS::maxerr}}},
     {kSfAbsErr, false, false, {{kSfMean, &SF_STATS::mae}}},
 };
 
 constexpr KindFields kRatioFields[] = {
-    {kSfPe, false, true, {{kSfMean, &SF_STATS::mpe}, {kSfMin, &SF_STATS::minpe}, {kSfMax, &SF_STATS::maxpe}}},
+    {kSfPe, false, true,
+     {{kSfMean, &SF_STATS::mpe}, {kSfMin, &SF_STATS::minpe}, {kSfMax, &SF_STATS::maxpe}}},
     {kSfApe, false, true,
      {{kSfMean, &SF_STATS::mape}, {kSfGeoMean, &SF_STATS::gmape}, {kSfMedian, &SF_STATS::mdape}}},
     {kSfApes, false, true,
      {{kSfMean, &SF_STATS::mapes}, {kSfGeoMean, &SF_STATS::gmapes}, {kSfMedian, &SF_STATS::mdapes},
       {kSfMin, &SF_STATS::minapes}, {kSfMax, &SF_STATS::maxapes}}},
-    {kSfPpe, false, true, {{kSfMean, &SF_STATS::mppe}, {kSfMin, &SF_STATS::minppe}, {kSfMax, &SF_STATS::maxppe}}},
+    {kSfPpe, false, true,
+     {{kSfMean, &SF_STATS::mppe}, {kSfMin, &SF_STATS::minppe}, {kSfMax, &SF_STATS::maxppe}}},
     {kSfAppe, false, true,
      {{kSfMean, &SF_STATS::mappe}, {kSfGeoMean, &SF_STATS::gmappe}, {kSfMedian, &SF_STATS::mdappe}}},
-    {kSfSpe, false, true, {{kSfMean, &SF_STATS::mspe}, {kSfMin, &SF_STATS::minspe}, {kSfMax, &SF_STATS::maxspe}}},
+    {kSfSpe, false, true,
+     {{kSfMean, &SF_STATS::mspe}, {kSfMin, &SF_STATS::minspe}, {kSfMax, &SF_STATS::maxspe}}},
     {kSfAspe, false, true,
      {{kSfMean, &SF_STATS::smape}, {kSfGeoMean, &SF_STATS::gmaspe}, {kSfMedian, &SF_STATS::mdaspe}}},
     {kSfRe, true, false, {{kSfMean, &SF_STATS::mre}, {kSfMin, &SF_STATS::minre}, {kSfMax, &SF_STATS::maxre}}},
@@ -124,7 +128,9 @@ struct Frame {
 // Fills the fields of one error kind; a failure of ztssfe leaves them missing.
 void fillKind(const Frame& f, const KindFields& kf, SF_STATS& s, int& last) {
   const long len = kf.whole ? f.T : f.TT;
-  int rc = ztssfe(f.holdout, kf.whole ? f.actual : f.a, kf.whole ? f.predict : f.p, len, kf.kind, f.err, nullptr);
+  const double* a = kf.whole ? f.actual : f.a;
+  const double* p = kf.whole ? f.predict : f.p;
+  int rc = ztssfe(f.holdout, a, p, len, kf.kind, f.err, nullptr);
   if (rc < 0) {
     last = rc;
     return;
@@ -261,7 +267,8 @@ int ztssfm(double holdout, const double* actual, const double* predict, long T, 
     case 20:
     case 21:
     case 23:
-      v = select == 23 ? aicc(infoCrit(v, m, nparms, false), m, nparms) : infoCrit(v, m, nparms, select == 21);
+      v = infoCrit(v, m, nparms, select == 21);
+      if (select == 23) v = aicc(v, m, nparms);
       *stat = v;
       return wzmis(v) ? 4 : 0;
     case 22:
