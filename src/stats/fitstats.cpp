@@ -275,9 +275,9 @@ long ztssumm(const double* y, long nobs, SUMMSTATS* stats) noexcept {
     for (long t = 0; t < nobs; ++t)
       if (!wzmis(y[t])) ++n;
   if (n == 0) {
-    const long all = nobs > 0 ? nobs : 0;
+    // Nothing present: the whole vector is one gap.
     s.n = 0;
-    s.nmiss = s.mingap = s.maxgap = all;
+    s.nmiss = s.mingap = s.maxgap = nobs;
     s.min = s.max = s.mean = s.std = s.sum = kMissing;
     return 0;
   }

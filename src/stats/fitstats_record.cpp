@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <new>
+#include <stdexcept>
 #include <vector>
 
 namespace qvt {
@@ -235,6 +236,8 @@ int ztssfme(double holdout, const double* actual, const double* predict, long T,
     return wholeRecord(holdout, actual, predict, T, nparms, *stats);
   } catch (const std::bad_alloc&) {
     return -1;  // the statistics past mean, tss and sst were cleared before the allocation
+  } catch (const std::length_error&) {
+    return -1;  // T beyond what a vector can hold: no memory either
   }
 }
 
