@@ -125,7 +125,9 @@ int ztssfe(double holdout, const double* actual, const double* predict, long T, 
       } else if (type == kSfAbsErr) {
         v = std::fabs(e);
       } else if (type == kSfSqErr) {
-        v = std::fabs(e) >= kNumBig ? kSfHuge : e * e;
+        // The bound B lies a little above sqrt of the largest double (2^512
+        // is below it), so a square that still overflows is capped as well.
+        v = std::fabs(e) >= kNumBig || std::fabs(e) * std::fabs(e) > kSfHuge ? kSfHuge : e * e;
       } else if (type == kSfAse) {
         v = wzmis(scale) ? std::fabs(e) : std::fabs(e) / scale;
       } else if (std::fabs(e) < kSfZero) {
@@ -211,7 +213,9 @@ int ztssfrs(double holdout, const double* actual, const double* predict, long T,
     if (wzmis(a)) continue;
     if (!wzmis(predict[t])) {
       const double err = a - predict[t];
-      if (sse > kSfSumMax || std::fabs(err) > kNumBig) return -4;
+      // An error between sqrt of the largest double and B squares to
+      // infinity: an overflow like any other.
+      if (sse > kSfSumMax || std::fabs(err) > kNumBig || err * err > kSfHuge) return -4;
       sse += err * err;
       ++nnmsse;
     }

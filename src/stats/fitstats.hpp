@@ -65,7 +65,7 @@ static_assert(std::bit_cast<std::uint64_t>(kExpHigh) == 0x40862E42FEFA39EFULL);
 // special missing value .I (.M) for a positive (negative) ratio beyond range.
 inline constexpr int kSfErr = 1;      // e
 inline constexpr int kSfAbsErr = 2;   // |e|
-inline constexpr int kSfSqErr = 3;    // e^2, the largest double when |e| >= kNumBig
+inline constexpr int kSfSqErr = 3;    // e^2, the largest double when |e| >= kNumBig or e^2 overflows
 inline constexpr int kSfPe = 5;       // e / actual
 inline constexpr int kSfApe = 6;      // |e / actual|
 inline constexpr int kSfPpe = 7;      // e / predict
