@@ -93,10 +93,8 @@ struct Oracle {
       std::vector<LD> dif;  // the random walk's errors from the first prediction on
       const long first = std::find_if(p.begin(), p.end(), has) - p.begin();
       double rw = holdout;
-      for (std::size_t t = 0; t < a.size(); ++t) {
-        if (has(a[t]) && has(rw) && long(t) >= first) dif.push_back(LD(a[t]) - rw);
-        if (has(a[t]) && wzmis(holdout)) rw = a[t];
-      }
+      for (long t = 0; t < long(a.size()); rw = wzmis(holdout) && has(a[t]) ? a[t] : rw, ++t)
+        if (has(a[t]) && has(rw) && t >= first) dif.push_back(LD(a[t]) - rw);
       const LD n = act.size(), var = code == 13 ? (dif.size() > 1 ? popVar(dif) : 0) : popVar(act);
       if (var == 0 || ((code == 11 || code == 12) && n <= k)) return kNone;
       return 1 - sse / m / var * (code == 11 ? (m - 1) / (n - k) : code == 12 ? (m + k) / (n - k) : 1);
@@ -195,10 +193,11 @@ TEST(FitStats, GuardedRatioAndSquare) {
 }
 
 TEST(FitStats, ReturnCodes) {
-  const double a[] = {1, 2, 4}, none[] = {kM, kM, kM}, one[] = {3, kM, kM}, huge[] = {1e305, 1e305, -1};
+  const double a[] = {1, 2, 4}, none[] = {kM, kM, kM}, one[] = {3, kM, kM}, huge[] = {-1, 1e305, 1e305};
   double st = 0, w[3];
   long n = 0;
   EXPECT_EQ(ztssfa(huge, 3, kSfGeoMean, w, &st, &n), -5);
+  EXPECT_EQ(ztssfa(huge, 2, kSfSum, w, &st, &n), 0);  // a value against the sign of the sum may be large
   EXPECT_EQ(ztssfa(huge, 3, kSfSum, w, &st, &n), -4);
   EXPECT_EQ(ztssfa(none, 3, kSfMean, w, &st, &n), -3);
   EXPECT_EQ(ztssfa(a, 3, 7, w, &st, &n), -99);
@@ -228,11 +227,12 @@ TEST(FitStats, WhichValueIsBetter) {
 }
 
 TEST(FitStats, LimitsAndSeriesDescription) {
-  const double a[] = {1, 5, 3, kM}, lo[] = {2, 2, kM, 0}, up[] = {4, 4, 4, 1};
+  // Below, above, at either limit (not outside), an actual missing, a limit missing.
+  const double a[] = {1, 5, 4, 2, kM, 3}, lo[] = {2, 2, 2, 2, 0, kM}, up[] = {4, 4, 4, 4, 1, 4};
   long l = 9, u = 9, n = 9;
-  EXPECT_EQ(ztssfcl(a, lo, up, 4, &l, &u, &n), 0);
-  EXPECT_EQ(std::vector<long>({l, u, n}), std::vector<long>({1, 1, 2}));
-  EXPECT_EQ(ztssfcl(a, lo, nullptr, 4, &l, &u, &n), -99);
+  EXPECT_EQ(ztssfcl(a, lo, up, 6, &l, &u, &n), 0);
+  EXPECT_EQ(std::vector<long>({l, u, n}), std::vector<long>({1, 1, 4}));
+  EXPECT_EQ(ztssfcl(a, lo, nullptr, 6, &l, &u, &n), -99);
   // Gaps of 1, 2 and 1 (leading and trailing ones count); std = sqrt((4 + 0 + 4) / 2).
   const double y[] = {kM, 1, kM, kM, 3, 5, kM};
   SUMMSTATS s;
