@@ -176,10 +176,11 @@ TEST(FitStats, EveryStatisticMatchesItsDefinition) {
 
 TEST(FitStats, GuardedRatioAndSquare) {
   // Values by hand; a char names the missing value expected ('.', 'I', 'M').
+  // An error below E (1e-17 against 1e-17) counts as 0, not as the ratio 1.
   struct Case { double a, p; int kind; double want; char miss; int rc; };
   // The square of 1.2e154 is Python's float product; 2^512 is below B, but its square overflows.
   const Case cases[] = {
-      {1.2e154, 0, kSfSqErr, 1.4400000000000002e+308, 0, 0}, {0, 1, kSfPe, 0, '.', 3}, {0, 0, kSfPe, 0, 0, 0},
+      {1.2e154, 0, kSfSqErr, 1.4400000000000002e+308, 0, 0}, {0, 1, kSfPe, 0, '.', 3}, {1e-17, 0, kSfPe, 0, 0, 0},
       {1e-200, -1, kSfPe, 0, 'I', 3},  {1e-200, 1, kSfApe, 0, 'M', 3},   {1, 1e-200, kSfPpe, 0, 'I', 3},
       {2e154, 0, kSfSqErr, kSfHuge, 0, 0}, {0x1p512, 0, kSfSqErr, kSfHuge, 0, 0}, {kM, 1, kSfErr, 0, '.', 0},
   };
