@@ -123,6 +123,10 @@ int esmbest(const double* y, long nobs, long lead, const INTERVAL* intv, double 
   // leads in an int.
   if (holdout > nobs - 2 || sfCriterion(select) == nullptr) return kEsmBadArg;
   if (holdout > INT_MAX || lead > INT_MAX) return kEsmBadArg;
+  // AUTO (10) is the caller's to settle between none and log before it
+  // calls; a code the transformations don't know is refused rather than
+  // quietly fitted untransformed.
+  if (trnstype < kTrnsNone || trnstype > kTrnsBoxCoxX12) return kEsmBadArg;
 
   const auto nm = static_cast<std::size_t>(nmethods);
   const auto n = static_cast<std::size_t>(nobs);

@@ -18,8 +18,10 @@ namespace qvt {
 //    as 0, and at most nobs - 2 values may be held back.
 //  - holdout 0: judged on the one-step predictions of the whole series, with
 //    the criterion adjusted for the number of weights.
-//  - trnsopt says how predictions come back from a transformation: 1 plain
-//    inverse, 2 mean, 3 median, any other value not at all.
+//  - trnstype is a code of TransformCode other than AUTO, which the caller
+//    settles first. trnsopt says how predictions come back from a
+//    transformation: 1 plain inverse, 2 mean, 3 median, any other value not
+//    at all.
 //  - intv, stdate, nseason, scode53, nbackcast as for esmint; lead is the
 //    run's lead, against which a WINTERS winner's forecasts are checked.
 //  - criteria (nmethods entries; may be null) receives each candidate's
@@ -28,11 +30,11 @@ namespace qvt {
 //    nobs - holdout values (the caller frees it with esmtrm); it is null on
 //    every failure.
 // Ties keep the earlier candidate, so the order of methods breaks them.
-// Result: the index, or -999 (bad arguments, an unknown select, holdout or
-// lead beyond an int), -1 out of memory (the caller reports it to the host,
-// as it does esmint's -100), -4 the transformation failed, -5 no candidate
-// could be set up, -6 none could be fitted, -7 none could be evaluated or
-// none was comparable.
+// Result: the index, or -999 (bad arguments, an unknown select or trnstype,
+// holdout or lead beyond an int), -1 out of memory (the caller reports it to
+// the host, as it does esmint's -100), -4 the transformation failed, -5 no
+// candidate could be set up, -6 none could be fitted, -7 none could be
+// evaluated or none was comparable.
 int esmbest(const double* y, long nobs, long lead, const INTERVAL* intv, double stdate, int nseason,
             int scode53, int select, long holdout, long nbackcast, const int* methods, int nmethods,
             int trnstype, double trnsparm, int trnsopt, double* criteria, WINMODEL** esm) noexcept;
