@@ -130,13 +130,15 @@ int esmbest(const double* y, long nobs, long lead, const INTERVAL* intv, double 
 
   const auto nm = static_cast<std::size_t>(nmethods);
   const auto n = static_cast<std::size_t>(nobs);
+  // Every criterion is missing from here on, also when memory runs out.
+  for (std::size_t m = 0; criteria != nullptr && m < nm; ++m) criteria[m] = kMissing;
   std::vector<EsmPtr> models;
   std::vector<int> rcodes;
   std::vector<double> own, predict, works, x, sd, intwgts;
   try {
     models.resize(nm);
     rcodes.assign(nm, 0);
-    if (criteria == nullptr) own.assign(nm, 0.0);
+    if (criteria == nullptr) own.assign(nm, kMissing);
     predict.assign(n, 0.0);  // the rows run to nobs; no lead beyond is predicted
     works.assign(n, 0.0);
     if (trnstype != kTrnsNone) {
@@ -148,7 +150,6 @@ int esmbest(const double* y, long nobs, long lead, const INTERVAL* intv, double 
     return kBestNoMem;
   }
   double* crit = criteria != nullptr ? criteria : own.data();
-  for (std::size_t m = 0; m < nm; ++m) crit[m] = kMissing;
   if (!intwgts.empty()) ztstniw(kTrnsGridK, kTrnsGridB, intwgts.data());
 
   // Every candidate sees the same transformed series.
