@@ -71,7 +71,7 @@ TEST(Esmbest, AgainstTheDirectLoop) {
     }
     ASSERT_EQ(index, best) << c.kind << " " << c.select;
     // The winner's record as fitted on the fit range; null on failure.
-    EXPECT_TRUE(c.rc != 0 ? w == nullptr : w && w->ts.nobs == kN - c.hold && w->spec.code == c.methods[best]);
+    EXPECT_TRUE(c.rc != 0 ? w == nullptr : w && w->ts.nobs == kN - c.hold && w->pest.method == c.methods[best]);
     if (w != &stale) esmtrm(w);
     EXPECT_EQ(esmbest(y.data(), kN, 3, nullptr, 0, c.kind >= 2 ? 4 : 0, 0, c.select, c.hold, 0,
                       c.methods.data(), nm, c.back >= 0, 0, c.back, nullptr, nullptr), best);
