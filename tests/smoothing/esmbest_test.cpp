@@ -21,15 +21,16 @@ struct Case {
 
 // The criterion of one candidate fitted on the first kN - hold values;
 // trnsopt 1 and 3 bring a log fit back by exp(p), 2 by the lognormal mean
-// exp(p + s^2/2), 0 not at all. The relative errors divide by the change from the last
-// value fitted, or by the actual without a holdout.
+// exp(p + s^2/2), 0 not at all. The relative errors divide by the change
+// from the last value fitted, or by the actual without a holdout.
 double direct(const std::vector<double>& y, int method, const Case& c) {
   std::vector<double> x = y, p(kN), s(kN);
   for (double& v : x) v = c.back >= 0 ? std::log(v) : v;
   Model o(x.data(), kN - c.hold, method, c.kind >= 2 ? 4 : 0);
   FOR_OUT out{.predicted = p.data(), .std = s.data()};
-  // Out before the fit: a trend (2 LINEAR, 3 DAMPTREND) with no more values than weights. Out
-  // after it: WINTERS (7) on kind 3, whose zero it meets when the winner is fitted again on all.
+  // Out before the fit: a trend (2 LINEAR, 3 DAMPTREND) with no more values
+  // than weights. Out after it: WINTERS (7) on kind 3, where it wins the
+  // holdout and then meets the zero when the winner is fitted again on all.
   if (o.rc < 0 || ((method == 2 || method == 3) && kN - c.hold <= o.m->pest.nparms) || esmfit(o.m) < 0 ||
       (method == 7 && c.kind == 3) || esmprd(o.m, x.data(), kN - c.hold, 0, 0, 0.05, c.hold, &out))
     return kMissing;
