@@ -1,7 +1,15 @@
 #include "run/append.hpp"
 
+#include <algorithm>
+#include <iterator>
+#include <span>
+
 #include "run/dovqvt.hpp"
+#include "smoothing/esmbest.hpp"
 #include "smoothing/esmfor.hpp"
+#include "statements/qvtpcodes.hpp"
+#include "stats/fitstats.hpp"
+#include "stats/seastest.hpp"
 
 namespace qvt {
 namespace {
@@ -10,20 +18,110 @@ bool isSelection(int code) noexcept {
   return code == kModelBest || code == kModelBestN || code == kModelBestS;
 }
 
+// The candidates of each class, in the order that breaks ties.
+constexpr int kBestModels[] = {kModelSimple, kModelLinear, kModelDampTrend,
+                               kModelSeasonal, kModelAddWinters, kModelWinters};
+constexpr std::span<const int> kAll{kBestModels};
+
+std::span<const int> candidates(int cls, const int& single) {
+  switch (cls) {
+    case kModelBest: return kAll;
+    case kModelBestN: return kAll.first(3);
+    case kModelBestS: return kAll.last(3);
+    default: return {&single, 1};
+  }
+}
+
+// SIGLEVEL= at these bounds decides without a test; the lower one is also
+// the test's smallest variance.
+constexpr double kAlwaysSeasonal = 0.9999999999999999;
+constexpr double kNeverSeasonal = 1.110223024625157e-16;
+
+// The seasonality test of a series of m cells: on the levels first, then on
+// first differences. A test that can't be made keeps `held`.
+int seasonClass(const double* v, long m, int nseasons, double siglevel, int held) {
+  double aic[3];
+  int r = zssntst(v, m, nullptr, 0, 1, nseasons, kNeverSeasonal, siglevel, aic);
+  if (r == 1) return kModelBestS;
+  if (r != 0) return held;
+  const int lag = 1;
+  r = zssntst(v, m, &lag, 1, 1, nseasons, kNeverSeasonal, siglevel, aic);
+  return r == 0 ? kModelBestN : r == 1 ? kModelBestS : held;
+}
+
 }  // namespace
 
-int best(QVTCOM* com, int /*nseasons*/) {
-  const int method = com->current.modelcode;
-  const int tc = com->current.trnscode;
+int best(QVTCOM* com, int nseasons) {
+  auto& cur = com->current;
+  const int method = cur.modelcode;
+  const bool autoTrns = cur.trnscode == kTrnsAuto;
   // A fixed model with a fixed transformation needs no choice.
-  if (!isSelection(method) && tc != kTrnsAuto) return 0;
-  // The seasonality test and the hold-out comparison of candidates are not
-  // in this build: the series ends as a failed selection, with a message
-  // that says so rather than a model that was not asked for.
-  if (com->counts.failures < com->maxerror)
-    hostMsgLog(*com->host, kMsgProc, kMsgSelectionNotBuilt,
-               {com->current.var.str(), com->current.varptr->fstmt->model.name.str()});
-  return -1;
+  if (!isSelection(method) && !autoTrns) return 0;
+  const FORSTMT& f = *cur.varptr->fstmt;
+  const auto fail = [&](int number) {
+    if (com->counts.failures < com->maxerror) hostMsgLog(*com->host, kMsgProc, number, {cur.var.str()});
+    return -1;
+  };
+  if (cur.nobs < 1) return fail(kMsgChoiceNoData);
+
+  // The untransformed series; the logistic scale is fitted without the
+  // holdout, so that the held-back values don't shape the candidates.
+  const double* y = com->out.y + cur.start;
+  const long m = cur.nobs;
+  const long h = cur.holdout;
+  double c = cur.trnsparm;
+  if (isSelection(method) && cur.trnscode == kTrnsLogistic && h > 0 && h < m) ztstgp(y, m - h, &c);
+
+  // The class of the first list (plain) and of the log list (logc). With
+  // AUTO each is tested on its own scale: cur.x is the log series then.
+  int plain = method, logc = method;
+  if (method == kModelBest) {
+    const double s = f.seasontest.siglevel;
+    if (nseasons < 2) {
+      plain = logc = kModelBestN;
+    } else if (f.seasontest.none) {
+      plain = logc = kModelBest;
+    } else if (s >= kAlwaysSeasonal) {
+      plain = logc = kModelBestS;
+    } else if (s <= kNeverSeasonal || m < 2L * nseasons) {
+      plain = logc = kModelBestN;
+    } else {
+      logc = plain = seasonClass(cur.x, m, nseasons, s, kModelBest);
+      if (autoTrns) plain = seasonClass(y, m, nseasons, s, logc);
+    }
+  }
+
+  int models[2 * std::size(kBestModels)];
+  double criteria[2 * std::size(kBestModels)];
+  const auto first = candidates(plain, method);
+  const auto second = autoTrns ? candidates(logc, method) : std::span<const int>{};
+  std::copy(first.begin(), first.end(), models);
+  std::copy(second.begin(), second.end(), models + first.size());
+  const int n1 = static_cast<int>(first.size());
+  const int n2 = static_cast<int>(second.size());
+  const int trnsopt = f.transform.median ? 3 : 2;
+  const auto choose = [&](int offset, int count, int trns) {
+    return esmbest(y, m, cur.lead, &com->istmt.intv, cur.first, nseasons, com->istmt.scode53, f.select.code, h,
+                   f.nbackcast, models + offset, count, trns, c, trnsopt, criteria + offset, nullptr);
+  };
+  const int r1 = choose(0, n1, autoTrns ? kTrnsNone : cur.trnscode);
+  const int r2 = autoTrns ? choose(n1, n2, kTrnsLog) : -1;
+
+  if (r1 < 0 && (!autoTrns || r2 < 0)) {
+    const int number = kMsgChoiceFailed - r1;
+    return fail(number > kMsgChoiceFailed && number <= kMsgChoiceLast ? number : kMsgChoiceFailed);
+  }
+  if (!autoTrns) {
+    cur.modelcode = models[r1];
+    return 0;
+  }
+  // With AUTO the better of the two winners by the criterion; a tie keeps
+  // the data as they are.
+  const bool logWins = r1 < 0 || (r2 >= 0 && ztssfmc(criteria[r1], criteria[n1 + r2], f.select.code) > 0);
+  cur.modelcode = logWins ? models[n1 + r2] : models[r1];
+  cur.trnscode = logWins ? kTrnsLog : kTrnsNone;
+  qvtptrn(com, cur.trnscode, &cur.trnsname, &cur.trns);
+  return 0;
 }
 
 int evaluation(QVTCOM* /*com*/, const WINMODEL* /*esm*/, const FOR_OUT* /*fore*/) {

@@ -43,9 +43,14 @@ enum RunMsg : int {
   kMsgNonPositive = 2002,     // (variable)
   kMsgEstimation = 2003,      // (variable)
   kMsgTransformFailed = 2007, // (variable)
+  // Model choice: 2050 plus the code of the failed stage (esmbest's codes
+  // turned positive), each with the variable.
+  kMsgChoiceFailed = 2050,    // any other cause
+  kMsgChoiceMemory = 2051,    // out of memory
+  kMsgChoiceNoData = 2052,    // no usable values
+  kMsgChoiceLast = 2058,
   // Stages of the run that this build does not have yet; each ends the
   // series through the ordinary failure path, or is noted once per step.
-  kMsgSelectionNotBuilt = 2090,     // (variable, model)
   kMsgIntermittentNotBuilt = 2092,  // (variable, model)
   kMsgPrintNotBuilt = 2093,         // ()
 };

@@ -30,16 +30,6 @@ struct ModelGuard {
   ~ModelGuard() { esmtrm(esm); }
 };
 
-bool supportedSmoothing(int method) noexcept {
-  switch (method) {
-    case kModelSimple: case kModelLinear: case kModelDampTrend: case kModelDouble:
-    case kModelSeasonal: case kModelAddWinters: case kModelWinters: case kModelMultSeasonal:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // The message of a failed esmint, esmfit or esmprd; none for memory (-100),
 // which has been reported by the driver already.
 void modelMessage(QVTCOM* com, int r) {
@@ -179,11 +169,6 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   method = cur.modelcode;
   trnscode = cur.trnscode;
   cur.x = trnscode != kTrnsNone ? com->out.actual : cur.y;
-  if (!supportedSmoothing(method)) {
-    if (failure(com, kStatusNoData))
-      hostMsgLog(host, kMsgProc, kMsgSelectionNotBuilt, {cur.var.str(), f.model.name.str()});
-    return;
-  }
 
   ModelGuard model;
   int r = esmint(cur.x, n, &com->istmt.intv, first, nseasons, com->istmt.scode53, method, f.nbackcast,

@@ -16,8 +16,10 @@
 
 namespace qvt {
 
-// Overflow guard shared by the numeric code: sqrt of the largest double,
-// rounded down, so that the square of anything below it stays finite.
+// Overflow guard shared by the numeric code, about sqrt of the largest
+// double. It lies just above 2^512, whose square already overflows, so a
+// guard of |x| < kNumBig alone does not make x*x finite: code that squares
+// must also test the square (as the statistics of fit do).
 inline constexpr double kNumBig = 1.3407807929943e+154;
 // exp() of anything at or below this is taken as 0.
 inline constexpr double kExpLow = -708.3964185;
