@@ -80,7 +80,7 @@ struct Rig {
     auto& ds = com.ds;
     const std::map<std::string, DATASETS*> slot = {
         {"out", &ds.out}, {"outest", &ds.outest}, {"outfor", &ds.outfor}, {"outcomp", &ds.outcomp},
-        {"outsum", &ds.outsum}};
+        {"outsum", &ds.outsum}, {"outstat", &ds.outstat}};
     com.host = &h;
     ASSERT_EQ(hostDsOpen(h, "sales", DsMode::Input, &ds.data.fileid), 0);
     for (const auto& o : outputs) ASSERT_EQ(hostDsOpen(h, o, DsMode::Output, &slot.at(o)->fileid), 0);
@@ -165,7 +165,6 @@ TEST(OutputWriters, RoundTripThroughFiles) {
     qvtds(&com);
     ASSERT_EQ(com.error, 0);
     EXPECT_FALSE(com.infile);            // one series: no spool
-    EXPECT_FALSE(com.ds.outsum.fileid);  // not written yet: left out, with a note (e2e run/not_built)
     display = com.ds.data.display.str();
     // The input bindings: the series into data.buf, the ID into id.val.
     ASSERT_EQ(hostByNext(*com.host, com.ds.data.fileid), 1);
@@ -230,6 +229,34 @@ TEST(OutputWriters, RoundTripThroughFiles) {
   EXPECT_EQ(col(oe, "_TVALUE_").num, (std::vector<double>{3, 4}));
   EXPECT_EQ(col(oe, "_PVALUE_").num.at(0), 0.5);
   EXPECT_TRUE(wzmis(col(oe, "_PVALUE_").num.at(1)));
+}
+
+// OUTSUM= and OUTSTAT= columns (their values: e2e run/summary_stat): the
+// forecast columns and one _LEADi_ per lead only with LEAD above 0.
+TEST(OutputSetup, SummaryAndStatisticsColumns) {
+  const Names described = {"_NAME_", "_STATUS_", "NOBS", "N", "NMISS", "MIN", "MAX", "MEAN", "STDDEV"};
+  for (int lead : {0, 2}) {
+    Rig rig(salesCsv());
+    rig.step([&] {
+      rig.open({"outsum", "outstat"}, {"units"}, false, lead);
+      qvtds(&rig.com);
+    });
+    ASSERT_EQ(rig.rc, 0) << rig.log.str();
+    const auto os = rig.read("outsum"), st = rig.read("outstat");
+    Names want = described;
+    if (lead > 0) want.insert(want.end(), {"PREDICT", "LOWER", "UPPER", "STD", "_LEAD1_", "_LEAD2_"});
+    EXPECT_EQ(names(os), want);
+    const Names sn = names(st);
+    ASSERT_EQ(sn.size(), 57u);
+    EXPECT_EQ(Names(sn.begin(), sn.begin() + 11),
+              (Names{"_NAME_", "_REGION_", "DFE", "N", "NOBS", "NMISSA", "NMISSP", "NPARMS", "TSS", "SST", "SSE"}));
+    EXPECT_EQ(sn[56], "GMAPES");
+    const auto lbl = [&](int n, std::vector<MsgArg> a = {}) { return rig.host->msgText(kMsgProc, n, a); };
+    EXPECT_EQ(os[4].info.label, lbl(4212));
+    EXPECT_EQ(st[3].info.label, lbl(1202));
+    EXPECT_EQ(st[56].info.label, lbl(1259));
+    if (lead > 0) { EXPECT_EQ(os.back().info.label, lbl(kLblLead, {2LL})); }
+  }
 }
 
 TEST(OutputWriters, NoOutAllKeepsTheForecastRowsAndNoIdVariableNamesTheTime) {
