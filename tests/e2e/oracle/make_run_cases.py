@@ -83,49 +83,39 @@ def describe(xs):
     return [len(xs), len(v), len(xs) - len(v), min(v, default=None), max(v, default=None), m, sd]
 
 
-SUM_HEAD = ["_NAME_", "_STATUS_", "NOBS", "N", "NMISS", "MIN", "MAX", "MEAN", "STDDEV", "PREDICT", "LOWER", "UPPER",
-            "STD"]
+SUM_HEAD = "_NAME_ _STATUS_ NOBS N NMISS MIN MAX MEAN STDDEV PREDICT LOWER UPPER STD".split()
 
 
-def ses_summary(x, lead, alpha=0.05):
-    """PREDICT, LOWER, UPPER, STD of the sum of the leads 1..lead of SES, and
+def ses_summary(x, lead):
+    """PREDICT, LOWER, UPPER, STD of the sum of the leads 1..lead of SES, then
     the leads: the sum of lead flat forecasts, whose error is the sum over the
     shocks m = 1..lead of (1 + w (lead - m)) times the shock, as the
     MA(infinity) form of SES (psi_j = w) gives; sigma^2 = SSE / (nobs - 1)."""
     w = esm.fit_ses(x)
     mse, _, level, nobs = esm.ses_pass(x, w)
     sd = math.sqrt(mse * nobs / (nobs - 1) * sum((1 + w * (lead - m)) ** 2 for m in range(1, lead + 1)))
-    z = esm.z_value(alpha)
-    s = lead * level
-    return [s, s - z * sd, s + z * sd, sd], [level] * lead
+    s, z = lead * level, esm.z_value(0.05)
+    return [s, s - z * sd, s + z * sd, sd] + [level] * lead
 
 
-FIT_HEAD = ["_NAME_", "_REGION_", "DFE", "N", "NOBS", "NPARMS", "TSS", "SST", "SSE", "MSE", "RMSE", "UMSE",
-            "URMSE", "MAPE", "MAE", "ME", "MPE", "MAXERR", "MINERR", "RSQUARE", "AIC", "SBC", "AICC", "APC",
-            "MRAE"]
+FIT_HEAD = "_NAME_ _REGION_ DFE N NPARMS SST SSE MSE RMSE UMSE MAPE MAE ME RSQUARE AIC SBC AICC MRAE".split()
 
 
 def fit_row(name, region, a, p, k, last=None):
     """Statistics of fit from their textbook definitions, e = actual - predict
     over m pairs with k parameters: MSE = SSE/m, UMSE = SSE/(m-k), AIC =
     m ln(SSE/m) + 2k, SBC = m ln(SSE/m) + k ln m, AICC = AIC + 2k(k+1)/(m-k-1),
-    APC = SSE (m+k) / ((m-k) m), RSQUARE = 1 - SSE/SST. MRAE is the mean of
-    |e / (a - r)|, r the random walk: the actual before each one, or `last`
-    for every one when given; a ratio with a zero denominator is left out."""
-    m = len(a)
-    e = [x - y for x, y in zip(a, p)]
-    mean = sum(a) / m
-    sse = sum(v * v for v in e)
-    sst = sum((x - mean) ** 2 for x in a)
-    pe = [100 * v / x for v, x in zip(e, a)]
+    RSQUARE = 1 - SSE/SST. MRAE is the mean of |e / (a - r)|, r the random
+    walk: the actual before each one, or `last` for every one when given; a
+    ratio with a zero denominator is left out."""
+    m, e = len(a), [x - y for x, y in zip(a, p)]
+    sse, sst = sum(v * v for v in e), sum((x - sum(a) / m) ** 2 for x in a)
     rw = [last] * m if last is not None else [None] + a[:-1]
     rae = [abs(v / (x - r)) for v, x, r in zip(e, a, rw) if r is not None and x != r]
-    ln = m * math.log(sse / m)
-    aic = ln + 2 * k
-    return [name, region, m - k, m, m, k, sum(x * x for x in a), sst, sse, sse / m, math.sqrt(sse / m),
-            sse / (m - k), math.sqrt(sse / (m - k)), sum(map(abs, pe)) / m, sum(map(abs, e)) / m, sum(e) / m,
-            sum(pe) / m, max(e), min(e), 1 - sse / sst, aic, ln + k * math.log(m),
-            aic + 2 * k * (k + 1) / (m - k - 1), sse * (m + k) / ((m - k) * m), sum(rae) / len(rae)]
+    aic, sbc = (m * math.log(sse / m) + k * c for c in (2, math.log(m)))
+    return [name, region, m - k, m, k, sst, sse, sse / m, math.sqrt(sse / m), sse / (m - k),
+            100 * sum(abs(v / x) for v, x in zip(e, a)) / m, sum(map(abs, e)) / m, sum(e) / m, 1 - sse / sst,
+            aic, sbc, aic + 2 * k * (k + 1) / (m - k - 1), sum(rae) / len(rae)]
 
 
 def case_dir(name):
@@ -340,12 +330,9 @@ def main():
     # no OUTSTAT= row. e has no value: status 3000, no OUTSTAT= row.
     c = case_dir("summary_stat")
     fl = [None, 5.0, 6.5, None, 4.0, 8.0, 7.5] + [6.0 + (i % 3) for i in range(17)]
-    write(os.path.join(c, "wide.csv"), ["date", "s", "f", "e"], [(d, x, y, None) for d, x, y in zip(d24, sales, fl)])
-    summ, leads = ses_summary(sales[:20], 6)
-    nan6 = [None] * 6
-    rows = [["s", 0] + describe(sales[:20]) + summ + leads,
-            ["f", 0] + describe(fl[1:20]) + [None] * 4 + nan6,
-            ["e", 3000, 0, 0, 0] + [None] * 8 + nan6]
+    write(os.path.join(c, "wide.csv"), ["date", "s", "f", "e"], [(*r, None) for r in zip(d24, sales, fl)])
+    rows = [["s", 0] + describe(sales[:20]) + ses_summary(sales[:20], 6),
+            ["f", 0] + describe(fl[1:20]) + [None] * 10, ["e", 3000, 0, 0, 0] + [None] * 14]
     write(os.path.join(c, "expect", "sum.csv"), SUM_HEAD + ["_LEAD%d_" % i for i in range(1, 7)],
           [[cell(v) for v in r] for r in rows])
     _, fit = esm.ses_rows(sales[:20], 6)
