@@ -322,17 +322,18 @@ def main():
     write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, out_rows)
     write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_TRANSFORM_", "_MODEL_", "_PARM_"], est_rows)
     # summary_stat: OUTSUM= and OUTSTAT= of three series side by side with
-    # BACK=4. s is SIMPLE: its FIT row over the first 20 periods, its
-    # FORECAST row over the 4 held back (no parameters; the random walk of
-    # MRAE is the last fitted actual), its summary the sum of the 6 leads. f
-    # has MODEL=NONE: described over its used range (the leading missing
-    # month is outside it, the inner one counts), status 0, no forecasts and
-    # no OUTSTAT= row. e has no value: status 3000, no OUTSTAT= row.
+    # BACK=4, in the order of the FORECAST statements. s is SIMPLE: its FIT
+    # row over the first 20 periods, its FORECAST row over the 4 held back
+    # (no parameters; the random walk of MRAE is the last fitted actual), its
+    # summary the sum of the 6 leads. e has no value: status 3000, no
+    # OUTSTAT= row. f has MODEL=NONE: described over its used range (the
+    # leading missing month is outside it, the inner one counts), status 0,
+    # no forecasts and no OUTSTAT= row.
     c = case_dir("summary_stat")
     fl = [None, 5.0, 6.5, None, 4.0, 8.0, 7.5] + [6.0 + (i % 3) for i in range(17)]
     write(os.path.join(c, "wide.csv"), ["date", "s", "f", "e"], [(*r, None) for r in zip(d24, sales, fl)])
-    rows = [["s", 0] + describe(sales[:20]) + ses_summary(sales[:20], 6),
-            ["f", 0] + describe(fl[1:20]) + [None] * 10, ["e", 3000, 0, 0, 0] + [None] * 14]
+    rows = [["s", 0] + describe(sales[:20]) + ses_summary(sales[:20], 6), ["e", 3000, 0, 0, 0] + [None] * 14,
+            ["f", 0] + describe(fl[1:20]) + [None] * 10]
     write(os.path.join(c, "expect", "sum.csv"), SUM_HEAD + ["_LEAD%d_" % i for i in range(1, 7)],
           [[cell(v) for v in r] for r in rows])
     _, fit = esm.ses_rows(sales[:20], 6)
