@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
+#include <vector>
 
 #include "output/outcols.hpp"
 #include "output/ztspool.hpp"
@@ -24,9 +26,9 @@ void describe(Host& h, DATASETS& ds) {
   if (ds.display.empty()) ds.display.set(f.display);
 }
 
-// Data sets whose definitions and rows come with the summary, statistics,
-// trend and season outputs. Until then an asked-for one is closed unused,
-// with a note, rather than filled half.
+// Data sets whose definitions and rows come with the trend, season and run
+// information outputs. Until then an asked-for one is closed unused, with a
+// note, rather than filled half.
 void notYet(QVTCOM* com, DATASETS& ds, const char* option) {
   if (!ds.fileid) return;
   Host& h = *com->host;
@@ -82,6 +84,78 @@ void outcomp(QVTCOM* com) {
       numColumn("ERROR", 4608, &c.error),
   };
   defineDs(com, com->ds.outcomp, kLblOutcomp, cols);
+}
+
+void outsum(QVTCOM* com) {
+  auto& s = com->outsum;
+  std::vector<OutColumn> cols = {
+      textColumn("_NAME_", 4201, &com->current.var),
+      numColumn("_STATUS_", 4202, &com->current.status),
+      numColumn("NOBS", 4210, &s.nobs),
+      numColumn("N", 4211, &s.n),
+      numColumn("NMISS", 4212, &s.nmiss),
+      numColumn("MIN", 4213, &s.stats.min),
+      numColumn("MAX", 4214, &s.stats.max),
+      numColumn("MEAN", 4215, &s.stats.mean),
+      numColumn("STDDEV", 4216, &s.stats.std),
+  };
+  // Without a horizon there is no forecast to summarise: the forecast
+  // columns are left out, not kept as missing.
+  const int lead = com->istmt.lead;
+  if (lead > 0 && s.forlead != nullptr) {
+    cols.push_back(numColumn("PREDICT", 4220, &s.pred));
+    cols.push_back(numColumn("LOWER", 4221, &s.lower));
+    cols.push_back(numColumn("UPPER", 4222, &s.upper));
+    cols.push_back(numColumn("STD", 4223, &s.std));
+    for (int i = 1; i <= lead; ++i) {
+      OutColumn c = numColumn("_LEAD" + std::to_string(i) + "_", 0, &s.forlead[i - 1]);
+      c.info.label = catLabel(*com->host, kLblLead, {static_cast<long long>(i)});
+      cols.push_back(std::move(c));
+    }
+  }
+  defineDs(com, com->ds.outsum, kLblOutsum, cols);
+}
+
+void outstat(QVTCOM* com) {
+  auto& o = com->outstat;
+  std::vector<OutColumn> cols = {
+      textColumn("_NAME_", 4301, &com->current.var),
+      textColumn("_REGION_", 4350, &o.region),
+      numColumn("DFE", 1200, &o.dfe),
+      numColumn("N", 1202, &o.n),
+      numColumn("NOBS", 1201, &o.nobs),
+      numColumn("NMISSA", 1203, &o.nmissa),
+      numColumn("NMISSP", 1204, &o.nmissp),
+      numColumn("NPARMS", 1205, &o.nparms),
+  };
+  // The statistics of fit, in the order of the data set: name, label, field.
+  struct Stat {
+    const char* name;
+    int label;
+    double SF_STATS::*field;
+  };
+  using S = SF_STATS;
+  static constexpr Stat kStats[] = {
+      {"TSS", 1206, &S::tss},         {"SST", 1207, &S::sst},         {"SSE", 1231, &S::sse},
+      {"MSE", 1232, &S::mse},         {"RMSE", 1233, &S::rmse},       {"UMSE", 1234, &S::umse},
+      {"URMSE", 1235, &S::urmse},     {"MAPE", 1273, &S::mape},       {"MAE", 1263, &S::mae},
+      {"RSQUARE", 1240, &S::rsquare}, {"ADJRSQ", 1241, &S::adj_Rsq},  {"AADJRSQ", 1242, &S::a_adj_Rsq},
+      {"RWRSQ", 1243, &S::rw_Rsq},    {"AIC", 1250, &S::aic},         {"AICC", 1253, &S::aicc},
+      {"SBC", 1251, &S::sbc},         {"APC", 1252, &S::apc},         {"MAXERR", 1261, &S::maxerr},
+      {"MINERR", 1260, &S::minerr},   {"MAXPE", 1271, &S::maxpe},     {"MINPE", 1270, &S::minpe},
+      {"ME", 1262, &S::me},           {"MPE", 1272, &S::mpe},         {"MDAPE", 1274, &S::mdape},
+      {"GMAPE", 1275, &S::gmape},     {"MINPPE", 1264, &S::minppe},   {"MAXPPE", 1265, &S::maxppe},
+      {"MPPE", 1266, &S::mppe},       {"MAPPE", 1267, &S::mappe},     {"MDAPPE", 1268, &S::mdappe},
+      {"GMAPPE", 1269, &S::gmappe},   {"MINSPE", 1280, &S::minspe},   {"MAXSPE", 1281, &S::maxspe},
+      {"MSPE", 1282, &S::mspe},       {"SMAPE", 1283, &S::smape},     {"MDASPE", 1284, &S::mdaspe},
+      {"GMASPE", 1285, &S::gmaspe},   {"MINRE", 1290, &S::minre},     {"MAXRE", 1291, &S::maxre},
+      {"MRE", 1292, &S::mre},         {"MRAE", 1293, &S::mrae},       {"MDRAE", 1294, &S::mdrae},
+      {"GMRAE", 1295, &S::gmrae},     {"MASE", 1254, &S::mase},       {"MINAPES", 1255, &S::minapes},
+      {"MAXAPES", 1256, &S::maxapes}, {"MAPES", 1257, &S::mapes},     {"MDAPES", 1258, &S::mdapes},
+      {"GMAPES", 1259, &S::gmapes},
+  };
+  for (const Stat& st : kStats) cols.push_back(numColumn(st.name, st.label, &(o.stats.*st.field)));
+  defineDs(com, com->ds.outstat, kLblOutstat, cols);
 }
 
 void inout(QVTCOM* com) {
@@ -185,8 +259,8 @@ void qvtds(QVTCOM* com) {
   if (ds.outest.fileid) outest(com);
   if (ds.outfor.fileid) outfor(com);
   if (ds.outcomp.fileid) outcomp(com);
-  notYet(com, ds.outsum, "OUTSUM=");
-  notYet(com, ds.outstat, "OUTSTAT=");
+  if (ds.outsum.fileid) outsum(com);
+  if (ds.outstat.fileid) outstat(com);
   notYet(com, ds.outtrend, "OUTTREND=");
   notYet(com, ds.outseason, "OUTSEASON=");
 

@@ -18,16 +18,21 @@ void inout(QVTCOM* com);
 // The facts of the input: rid2n, in.enobs, and the pool tpool sized by them.
 void nobs(QVTCOM* com);
 
-// Definitions of OUTEST=, OUTFOR=, OUTCOMPONENT=; each expects its data set open.
+// Definitions of OUTEST=, OUTFOR=, OUTCOMPONENT=, OUTSUM=, OUTSTAT=; each
+// expects its data set open.
 void outest(QVTCOM* com);
 void outfor(QVTCOM* com);
 void outcomp(QVTCOM* com);
+void outsum(QVTCOM* com);
+void outstat(QVTCOM* com);
 
 // Row writers; each does nothing when its data set wasn't asked for.
 void qvtdout(QVTCOM* com);                             // OUT=, one series
 void qvtdest(QVTCOM* com, const WINMODEL* esm);        // OUTEST=
 void qvtdfor(QVTCOM* com, const FOR_OUT* fore);        // OUTFOR=
 void qvtdcmp(QVTCOM* com, const FOR_OUT* fore);        // OUTCOMPONENT=
+void qvtdsum(QVTCOM* com);                             // OUTSUM=, the series in hand
+void qvtdsof(QVTCOM* com, int region);                 // OUTSTAT=: 0 the fit, else BACK=
 
 // Message numbers of this stage (group 743).
 inline constexpr int kMsgSetupMemory = 3;      // out of memory while setting up the outputs
@@ -39,6 +44,9 @@ inline constexpr int kMsgNotWrittenYet = 41;   // (data set display name, option
 inline constexpr int kLblOutest = 4000;
 inline constexpr int kLblOutfor = 4100;
 inline constexpr int kLblOutcomp = 4600;
+inline constexpr int kLblOutsum = 4200;
+inline constexpr int kLblOutstat = 4300;
+inline constexpr int kLblLead = 4230;    // the _LEADi_ columns of OUTSUM=, with i
 inline constexpr int kLblTimeId = 4102;  // time ID column of OUTFOR= and OUTCOMPONENT=
 
 }  // namespace qvt

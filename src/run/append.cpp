@@ -4,6 +4,7 @@
 #include <iterator>
 #include <span>
 
+#include "output/qvtds.hpp"
 #include "run/dovqvt.hpp"
 #include "smoothing/esmbest.hpp"
 #include "smoothing/esmfor.hpp"
@@ -124,14 +125,40 @@ int best(QVTCOM* com, int nseasons) {
   return 0;
 }
 
-int evaluation(QVTCOM* /*com*/, const WINMODEL* /*esm*/, const FOR_OUT* /*fore*/) {
-  // The statistics of fit feed only OUTSTAT= and the statistics table,
-  // neither of which this build writes; the step notes that once.
+int evaluation(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore) {
+  // Only OUTSTAT= reads these here: the statistics table (qvtosof) is not
+  // built, nor is the intermittent model's evaluation (idmeval).
+  if (!com->ds.outstat.fileid || esm == nullptr) return 0;
+  SF_STATS& st = com->outstat.stats;
+  st = SF_STATS{};
+  ztssfme(kMissing, fore->actual, fore->predicted, com->current.nobs, esm->pest.nparms, &st);
+  qvtdsof(com, 0);
   return 0;
 }
 
-int performance(QVTCOM* /*com*/, const WINMODEL* /*esm*/, const FOR_OUT* /*fore*/) {
-  // As evaluation: the BACK= statistics have no reader in this build.
+int performance(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore) {
+  // The BACK= range for OUTSTAT=; the printed tables and the cross-series
+  // collector (ztscp*) that also read it are not built.
+  const long back = com->istmt.back;
+  if (!com->ds.outstat.fileid || esm == nullptr || back < 1) return 0;
+  SF_STATS& st = com->outstat.stats;
+  st = SF_STATS{};
+  // With BACK= above LEAD the forecasts stop short of the input's end; the
+  // statistics then cover the BACK= periods that have forecast cells.
+  const long k = com->out.nobs - back - com->current.start;
+  const long m = std::min(back, fore->n - k);
+  if (k < 0 || m < 1) return 0;
+  // The random walk of the relative errors starts from the last actual of
+  // the fit range.
+  double last = kMissing;
+  for (long i = k - 1; i >= 0; --i) {
+    if (!wzmis(fore->actual[i])) {
+      last = fore->actual[i];
+      break;
+    }
+  }
+  ztssfme(last, fore->actual + k, fore->predicted + k, m, 0, &st);
+  qvtdsof(com, 1);
   return 0;
 }
 

@@ -15,6 +15,7 @@
 #include "run/qvtin.hpp"
 #include "smoothing/esmfor.hpp"
 #include "statements/qvtpcodes.hpp"
+#include "stats/fitstats.hpp"
 #include "stats/transform.hpp"
 
 namespace qvt {
@@ -138,9 +139,14 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   const double first = n > 0 ? com->out.id[s] : (N > 0 ? com->out.id[0] : 0.0);
   cur.first = first;
   cur.last = n > 0 ? com->out.id[s + n - 1] : first;
+  // The description of the used range; the printed tables that also read it
+  // are not built.
+  if (com->ds.outsum.fileid || com->print.descstats || com->print.summary)
+    ztssumm(cur.y, n, &com->outsum.stats);
 
   if (method == kModelNone) {
     putresult(com);
+    qvtdsum(com);
     return;
   }
   com->counts.requested += 1;
@@ -238,6 +244,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   append(com, &fore, com->out.y);
   putresult(com);
   summation(com, model.esm, &fore);
+  qvtdsum(com);
 }
 
 }  // namespace
@@ -257,6 +264,7 @@ void putresult(QVTCOM* com) {
 bool failure(QVTCOM* com, int status) {
   com->current.status = status;
   putresult(com);
+  qvtdsum(com);
   com->counts.failures += 1;
   return com->counts.failures <= com->maxerror;
 }

@@ -12,7 +12,9 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -80,7 +82,7 @@ struct Rig {
     auto& ds = com.ds;
     const std::map<std::string, DATASETS*> slot = {
         {"out", &ds.out}, {"outest", &ds.outest}, {"outfor", &ds.outfor}, {"outcomp", &ds.outcomp},
-        {"outsum", &ds.outsum}};
+        {"outsum", &ds.outsum}, {"outstat", &ds.outstat}};
     com.host = &h;
     ASSERT_EQ(hostDsOpen(h, "sales", DsMode::Input, &ds.data.fileid), 0);
     for (const auto& o : outputs) ASSERT_EQ(hostDsOpen(h, o, DsMode::Output, &slot.at(o)->fileid), 0);
@@ -165,7 +167,6 @@ TEST(OutputWriters, RoundTripThroughFiles) {
     qvtds(&com);
     ASSERT_EQ(com.error, 0);
     EXPECT_FALSE(com.infile);            // one series: no spool
-    EXPECT_FALSE(com.ds.outsum.fileid);  // not written yet: left out, with a note (e2e run/not_built)
     display = com.ds.data.display.str();
     // The input bindings: the series into data.buf, the ID into id.val.
     ASSERT_EQ(hostByNext(*com.host, com.ds.data.fileid), 1);
@@ -230,6 +231,32 @@ TEST(OutputWriters, RoundTripThroughFiles) {
   EXPECT_EQ(col(oe, "_TVALUE_").num, (std::vector<double>{3, 4}));
   EXPECT_EQ(col(oe, "_PVALUE_").num.at(0), 0.5);
   EXPECT_TRUE(wzmis(col(oe, "_PVALUE_").num.at(1)));
+}
+
+// OUTSUM= and OUTSTAT= columns in order (their values: e2e run/summary_stat):
+// the forecast columns and one _LEADi_ per lead only with LEAD above 0.
+TEST(OutputSetup, SummaryAndStatisticsColumns) {
+  const auto words = [](const std::string& s) {
+    std::istringstream in(s);
+    return Names(std::istream_iterator<std::string>(in), {});
+  };
+  const Names stat = words("_NAME_ _REGION_ DFE N NOBS NMISSA NMISSP NPARMS TSS SST SSE MSE RMSE UMSE URMSE MAPE "
+      "MAE RSQUARE ADJRSQ AADJRSQ RWRSQ AIC AICC SBC APC MAXERR MINERR MAXPE MINPE ME MPE MDAPE GMAPE MINPPE "
+      "MAXPPE MPPE MAPPE MDAPPE GMAPPE MINSPE MAXSPE MSPE SMAPE MDASPE GMASPE MINRE MAXRE MRE MRAE MDRAE GMRAE "
+      "MASE MINAPES MAXAPES MAPES MDAPES GMAPES");
+  for (int lead : {0, 2}) {
+    Rig rig(salesCsv());
+    rig.step([&] {
+      rig.open({"outsum", "outstat"}, {"units"}, false, lead);
+      qvtds(&rig.com);
+    });
+    const auto os = rig.read("outsum"), st = rig.read("outstat");
+    EXPECT_EQ(names(os), words("_NAME_ _STATUS_ NOBS N NMISS MIN MAX MEAN STDDEV" +
+                               std::string(lead > 0 ? " PREDICT LOWER UPPER STD _LEAD1_ _LEAD2_" : "")));
+    EXPECT_EQ(names(st), stat);
+    EXPECT_EQ(os.back().info.label, lead > 0 ? rig.host->msgText(kMsgProc, kLblLead, std::vector<MsgArg>{2LL})
+                                             : rig.host->msgText(kMsgProc, 4216));
+  }
 }
 
 TEST(OutputWriters, NoOutAllKeepsTheForecastRowsAndNoIdVariableNamesTheTime) {

@@ -75,6 +75,49 @@ def outfor_rows(name, dates, rows, byval=None):
 OUTFOR_HEAD = ["_NAME_", "date", "ACTUAL", "PREDICT", "LOWER", "UPPER", "ERROR", "STD"]
 
 
+def describe(xs):
+    """NOBS, N, NMISS, MIN, MAX, MEAN, STDDEV (sample) of a used range."""
+    v = [x for x in xs if x is not None]
+    m = sum(v) / len(v) if v else None
+    sd = math.sqrt(sum((x - m) ** 2 for x in v) / (len(v) - 1)) if len(v) > 1 else None
+    return [len(xs), len(v), len(xs) - len(v), min(v, default=None), max(v, default=None), m, sd]
+
+
+SUM_HEAD = "_NAME_ _STATUS_ NOBS N NMISS MIN MAX MEAN STDDEV PREDICT LOWER UPPER STD".split()
+
+
+def ses_summary(x, lead):
+    """PREDICT, LOWER, UPPER, STD of the sum of the leads 1..lead of SES, then
+    the leads: the sum of lead flat forecasts, whose error is the sum over the
+    shocks m = 1..lead of (1 + w (lead - m)) times the shock, as the
+    MA(infinity) form of SES (psi_j = w) gives; sigma^2 = SSE / (nobs - 1)."""
+    w = esm.fit_ses(x)
+    mse, _, level, nobs = esm.ses_pass(x, w)
+    sd = math.sqrt(mse * nobs / (nobs - 1) * sum((1 + w * (lead - m)) ** 2 for m in range(1, lead + 1)))
+    s, z = lead * level, esm.z_value(0.05)
+    return [s, s - z * sd, s + z * sd, sd] + [level] * lead
+
+
+FIT_HEAD = "_NAME_ _REGION_ DFE N NPARMS SST SSE MSE RMSE UMSE MAPE MAE ME RSQUARE AIC SBC AICC MRAE".split()
+
+
+def fit_row(name, region, a, p, k, last=None):
+    """Statistics of fit from their textbook definitions, e = actual - predict
+    over m pairs with k parameters: MSE = SSE/m, UMSE = SSE/(m-k), AIC =
+    m ln(SSE/m) + 2k, SBC = m ln(SSE/m) + k ln m, AICC = AIC + 2k(k+1)/(m-k-1),
+    RSQUARE = 1 - SSE/SST. MRAE is the mean of |e / (a - r)|, r the random
+    walk: the actual before each one, or `last` for every one when given; a
+    ratio with a zero denominator is left out."""
+    m, e = len(a), [x - y for x, y in zip(a, p)]
+    sse, sst = sum(v * v for v in e), sum((x - sum(a) / m) ** 2 for x in a)
+    rw = [last] * m if last is not None else [None] + a[:-1]
+    rae = [abs(v / (x - r)) for v, x, r in zip(e, a, rw) if r is not None and x != r]
+    aic, sbc = (m * math.log(sse / m) + k * c for c in (2, math.log(m)))
+    return [name, region, m - k, m, k, sst, sse, sse / m, math.sqrt(sse / m), sse / (m - k),
+            100 * sum(abs(v / x) for v, x in zip(e, a)) / m, sum(map(abs, e)) / m, sum(e) / m, 1 - sse / sst,
+            aic, sbc, aic + 2 * k * (k + 1) / (m - k - 1), sum(rae) / len(rae)]
+
+
 def case_dir(name):
     return os.path.join(RUN, name)
 
@@ -278,6 +321,26 @@ def main():
     assert [r[1] for r in est_rows] == ["LOG", "NONE"], est_rows
     write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, out_rows)
     write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_TRANSFORM_", "_MODEL_", "_PARM_"], est_rows)
+    # summary_stat: OUTSUM= and OUTSTAT= of three series side by side with
+    # BACK=4, in the order of the FORECAST statements. s is SIMPLE: its FIT
+    # row over the first 20 periods, its FORECAST row over the 4 held back
+    # (no parameters; the random walk of MRAE is the last fitted actual), its
+    # summary the sum of the 6 leads. e has no value: status 3000, no
+    # OUTSTAT= row. f has MODEL=NONE: described over its used range (the
+    # leading missing month is outside it, the inner one counts), status 0,
+    # no forecasts and no OUTSTAT= row.
+    c = case_dir("summary_stat")
+    fl = [None, 5.0, 6.5, None, 4.0, 8.0, 7.5] + [6.0 + (i % 3) for i in range(17)]
+    write(os.path.join(c, "wide.csv"), ["date", "s", "f", "e"], [(*r, None) for r in zip(d24, sales, fl)])
+    rows = [["s", 0] + describe(sales[:20]) + ses_summary(sales[:20], 6), ["e", 3000, 0, 0, 0] + [None] * 14,
+            ["f", 0] + describe(fl[1:20]) + [None] * 10]
+    write(os.path.join(c, "expect", "sum.csv"), SUM_HEAD + ["_LEAD%d_" % i for i in range(1, 7)],
+          [[cell(v) for v in r] for r in rows])
+    _, fit = esm.ses_rows(sales[:20], 6)
+    write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
+          [[cell(v) for v in fit_row("s", "FIT", sales[:20], [r[1] for r in fit[:20]], 1)],
+           [cell(v) for v in fit_row("s", "FORECAST", sales[20:], [fit[20][1]] * 4, 0, last=sales[19])]])
+
 
 if __name__ == "__main__":
     main()
