@@ -212,17 +212,17 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   if (trnscode != kTrnsNone) {
     // Back to the scale of the data: the forecast and its standard error by
     // the mean (or, asked for, the median) of the back-transformed normal,
-    // the limits by the plain inverse, which keeps their coverage.
-    const int code = trnscode == kTrnsAuto ? kTrnsLog : trnscode;
+    // the limits by the plain inverse, which keeps their coverage. AUTO
+    // has been settled by best by now, to the log or to none.
     const double c = cur.trnsparm;
     auto* toData = f.transform.median ? ztstmv : ztstev;
-    if (toData(fore.predicted, fore.std, fore.n, code, c, kTrnsGridK, kTrnsGridB, com->out.intwgts, fore.predicted,
-               fore.std) < 0) {
+    if (toData(fore.predicted, fore.std, fore.n, trnscode, c, kTrnsGridK, kTrnsGridB, com->out.intwgts,
+               fore.predicted, fore.std) < 0) {
       failure(com, kStatusBackTransform);  // counted, without a message
       return;
     }
-    ztstiv(fore.lower, fore.n, code, c, fore.lower);
-    ztstiv(fore.upper, fore.n, code, c, fore.upper);
+    ztstiv(fore.lower, fore.n, trnscode, c, fore.lower);
+    ztstiv(fore.upper, fore.n, trnscode, c, fore.upper);
   }
   // With BACK= the forecast rows of the BACK= periods have actual values;
   // their residuals are those of the data.
