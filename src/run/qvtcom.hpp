@@ -17,6 +17,7 @@
 #include "calendar/interval.hpp"
 #include "calendar/zintti.hpp"
 #include "host/host.hpp"
+#include "intermittent/idmspec.hpp"
 #include "run/missing.hpp"
 #include "run/strings.hpp"
 #include "stats/sfstats.hpp"
@@ -210,9 +211,9 @@ struct QVTCOM {
   FORSTMT* fstmt = nullptr;  // nfor statements, in cpool
   int nfor = 0;
   double base = 0;           // IDM BASE=; missing for AUTO
-  // The intermittent model record (IDMSPEC) and the handles of the
-  // printing layer join this record with the intermittent models and the
-  // printed tables.
+  IDMSPEC idmspec;           // the IDM statement, or the defaults
+  // The handles of the printing layer join this record with the printed
+  // tables.
 
   struct {
     char nooutall = 0, sortnames = 0, debug = 0, debugd = 0, debugx = 0;
