@@ -1,0 +1,125 @@
+// Messages and labels of the intermittent model through a host that
+// records what is logged; texts come from the catalogue as a real host's.
+#include "intermittent/idmodel.hpp"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/catalog.hpp"
+
+namespace qvt {
+namespace {
+
+struct RecordingHost : Host {
+  std::vector<int> numbers;
+  std::vector<std::string> names;
+  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos*) override {
+    EXPECT_EQ(group, 881);
+    numbers.push_back(number);
+    names.push_back(args.empty() ? "" : std::get<std::string>(args[0]));
+  }
+};
+
+TEST(Idmmsg, CodesSelectAPairAndTheNameSelectsItsForm) {
+  const IDMODEL m;
+  const u_sname y("SALES"), none("");
+  struct Row {
+    int rc;
+    const u_sname* name;
+    std::vector<int> numbers;
+    int result;
+  } rows[] = {
+      {0, &y, {}, 0},
+      {2, &y, {}, 0},
+      {-1, &none, {8100, 8184}, 1},
+      {-13, &y, {8159, 8185}, 1},
+      {-45, &y, {8135, 8185}, 1},
+      {-61, nullptr, {8172, 8184}, 1},
+      {-14, &y, {8181, 8183}, 90},  // no such code: both fallback messages
+      {3, nullptr, {8180, 8182}, 90},
+  };
+  for (const Row& r : rows) {
+    RecordingHost h;
+    EXPECT_EQ(idmmsg(h, &m, r.rc, r.name), r.result) << r.rc;
+    EXPECT_EQ(h.numbers, r.numbers) << r.rc;
+    for (const std::string& n : h.names) EXPECT_EQ(n, r.name == &y ? "SALES" : "") << r.rc;
+  }
+  RecordingHost h;
+  EXPECT_EQ(idmmsg(h, nullptr, -1, &y), -99);
+  EXPECT_TRUE(h.numbers.empty());
+}
+
+// Every number that a code can select has a catalogue text, the odd form
+// with the name in it and the even form without; the demand series'
+// numbers (8090-8117) are checked the same way.
+TEST(Idmmsg, EveryNumberUsedHasItsTwoTexts) {
+  const IDMODEL m;
+  const u_sname y("Y");
+  std::set<int> used;
+  int tabled = 0;
+  for (int rc = -120; rc <= 5; ++rc) {
+    RecordingHost h;
+    if (idmmsg(h, &m, rc, &y) == 1) ++tabled;
+    used.insert(h.numbers.begin(), h.numbers.end());
+  }
+  EXPECT_EQ(tabled, 32);
+  for (int k = 8090; k <= 8117; ++k)
+    if (k < 8094 || k >= 8100) used.insert(k | 1);
+  for (int odd : used) {
+    ASSERT_EQ(odd % 2, 1) << odd;
+    const CatalogEntry* with = catalogFind(881, odd);
+    const CatalogEntry* without = catalogFind(881, odd - 1);
+    ASSERT_TRUE(with && without) << odd;
+    EXPECT_NE(with->text.find("{1}"), std::string_view::npos) << odd;
+    EXPECT_EQ(without->text.find("{1}"), std::string_view::npos) << odd - 1;
+  }
+}
+
+TEST(Idmlab, ComponentAndModelLabels) {
+  RecordingHost h;
+  u_slabel l;
+  EXPECT_EQ(idmlabs(h, 1, 2, 0, &l), 0);
+  EXPECT_EQ(l.str(), "Log Linear Exponential Smoothing");
+  EXPECT_EQ(idmlabs(h, 0, 1, 1, &l), 0);
+  EXPECT_EQ(l.str(), "Simple Exponential Smoothing");
+  EXPECT_EQ(idmlabs(h, 7, 1, 0, &l), kIdmBadArg);
+  EXPECT_EQ(l.str(), "Unknown Transformation Simple Exponential Smoothing");
+  EXPECT_EQ(idmlabs(h, 0, -1, 0, &l), kIdmBadArg);
+  EXPECT_EQ(l.str(), "Unknown Intermittent Demand Model");
+
+  IDMODEL m;
+  m.modused = kIdmUsedCroston;
+  m.intv.trnsused = 1;
+  m.intv.modused = kIdmSimple;
+  m.size.trnsused = 0;
+  m.size.modused = kIdmDampTrend;
+  EXPECT_EQ(idmlab(h, &m, 0, &l), 0);
+  EXPECT_EQ(l.str(), "Croston's Method (Intervals: Log Simple Exponential Smoothing; "
+                     "Sizes: Damped Trend Exponential Smoothing)");
+  m.modused = kIdmUsedAverage;
+  m.adem.trnsused = 2;
+  m.adem.modused = 5;  // no such form
+  EXPECT_EQ(idmlab(h, &m, 0, &l), kIdmBadArg);
+  EXPECT_EQ(l.str(), "Average Demand (Average Demand: Square Root Unknown Intermittent Demand Model)");
+  m.modused = kIdmUsedNone;
+  EXPECT_EQ(idmlab(h, &m, 0, &l), kIdmBadArg);
+  EXPECT_EQ(idmlab(h, nullptr, 0, &l), kIdmBadArg);
+
+  const struct {
+    int code, rc;
+    const char* text;
+  } byCode[] = {{1, 0, "Croston's Method"}, {2, 0, "Average Demand"},
+                {20, 0, "Best of Croston's Method and Average Demand"},
+                {-1, kIdmBadArg, "Unknown Intermittent Demand Model"}};
+  for (const auto& c : byCode) {
+    EXPECT_EQ(idmlabd(h, c.code, 0, &l), c.rc) << c.code;
+    EXPECT_EQ(l.str(), c.text) << c.code;
+  }
+  EXPECT_TRUE(h.numbers.empty());  // labels log nothing
+}
+
+}  // namespace
+}  // namespace qvt
