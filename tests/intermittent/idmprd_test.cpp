@@ -45,52 +45,41 @@ TEST(Idmprd, SpreadsRatesAndStockOverTheGrid) {
   // By hand, T = 6, lead 2: the stock grows by the rate each period and
   // drops by the demand in the period of the demand; the third rate holds
   // from the last demand to the end of the horizon. The base shifts
-  // predictions and limits, never the stock.
+  // predictions and limits, never the stock. With back 2 and lead 1 the
+  // grid ends at 6 - 2 + 1 = 5, and nothing behind it is written.
   const std::vector<double> pred = {1, 1, 1.5, 1.5, 1.5, 2, 2, 2};
   const std::vector<double> stock = {1, -2, -0.5, 1, -3.5, -1.5, 0.5, 2.5};
   const std::vector<double> actual = {4, 4, 6, 6, 6, M, M, M};
-  for (double base : {0.0, 10.0}) {
-    Fixture f(base);
-    std::vector<double> p(8, -1), lo(8, -1), st(8, -1), res(8, -1), lev(8, -1), act(8, -1);
+  const struct {
+    double base;
+    long back, lead, nper;
+  } cases[] = {{0, 0, 2, 8}, {10, 0, 2, 8}, {0, 2, 1, 5}};
+  for (const auto& c : cases) {
+    Fixture f(c.base);
+    std::vector<double> p(8, -1), lo(8, -1), res(8, -1), lev(8, -1), act(8, -1);
     FOR_OUT out;
     out.predicted = p.data();
     out.lower = lo.data();
-    out.std = st.data();
     out.residual = res.data();
     out.level = lev.data();
     out.actual = act.data();
-    ASSERT_EQ(idmprd(&f.m, nullptr, 6, 0, M, 0, 2, 0.05, &out), 0);
-    EXPECT_EQ(out.n, 8);
+    ASSERT_EQ(idmprd(&f.m, nullptr, 6, c.back, M, 0, c.lead, 0.05, &out), 0);
+    EXPECT_EQ(out.n, c.nper);
     for (int t = 0; t < 8; ++t) {
-      SCOPED_TRACE(::testing::Message() << "base " << base << " t " << t);
-      EXPECT_DOUBLE_EQ(p[t], pred[t] + base);
-      EXPECT_DOUBLE_EQ(lo[t], pred[t] - 1 + base);
-      EXPECT_DOUBLE_EQ(st[t], 0.5);
-      EXPECT_DOUBLE_EQ(lev[t], stock[t]);
-      if (t < 6) EXPECT_DOUBLE_EQ(res[t], stock[t]);
-      else EXPECT_TRUE(wzmis(res[t]));
-      if (wzmis(actual[t])) EXPECT_TRUE(wzmis(act[t]));
-      else EXPECT_DOUBLE_EQ(act[t], actual[t]);
+      SCOPED_TRACE(::testing::Message() << "base " << c.base << " back " << c.back << " t " << t);
+      const bool on = t < c.nper;
+      EXPECT_TRUE(same(p[t], on ? pred[t] + c.base : -1));
+      EXPECT_TRUE(same(lo[t], on ? pred[t] - 1 + c.base : -1));
+      EXPECT_TRUE(same(lev[t], on ? stock[t] : -1));
+      EXPECT_TRUE(same(res[t], !on ? -1 : t < 6 ? stock[t] : M));
+      EXPECT_TRUE(same(act[t], on ? actual[t] : -1));
     }
   }
-}
-
-TEST(Idmprd, BackRangeEndsTheGridAndBadArgumentsAreRefused) {
   Fixture f(0.0);
-  std::vector<double> p(8, -1);
   FOR_OUT out;
-  out.predicted = p.data();
-  // back 2: the grid ends at 6 - 2 + 1 = 5; the period of the second
-  // demand (t = 4) is still on it, nothing behind it.
-  ASSERT_EQ(idmprd(&f.m, nullptr, 6, 2, 3.0, 0, 1, 0.05, &out), 0);
-  EXPECT_EQ(out.n, 5);
-  const std::vector<double> pred = {1, 1, 1.5, 1.5, 1.5};
-  for (int t = 0; t < 5; ++t) EXPECT_DOUBLE_EQ(p[t], pred[t]) << t;
-  for (int t = 5; t < 8; ++t) EXPECT_DOUBLE_EQ(p[t], -1) << t;
   EXPECT_EQ(idmprd(&f.m, nullptr, 6, -1, M, 0, 1, 0.05, &out), kIdmBadArg);
   EXPECT_EQ(idmprd(&f.m, nullptr, 6, 0, M, 0, -1, 0.05, &out), kIdmBadArg);
   EXPECT_EQ(idmprd(nullptr, nullptr, 6, 0, M, 0, 1, 0.05, &out), kIdmBadArg);
-  EXPECT_EQ(idmprd(&f.m, nullptr, 6, 0, M, 0, 1, 0.05, nullptr), kIdmBadArg);
 }
 
 TEST(Idmeval, RangesAgainstZtssfmeOnHandSlicedVectors) {
