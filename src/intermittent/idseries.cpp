@@ -48,7 +48,9 @@ double divide(double size, double intv) {
   return size / intv;
 }
 
-bool hasCalendar(const IDSERIES& ids, const double* tid) { return tid != nullptr && ids.interval.intcode != 0; }
+bool hasCalendar(const IDSERIES& ids, const double* tid) {
+  return tid != nullptr && ids.interval.intcode != 0;
+}
 
 // Number of intervals from time a to time b.
 double count(const IDSERIES& ids, bool calendar, double a, double b) {
