@@ -43,16 +43,41 @@ int firstPrediction(ESMODEL& c, double* p) noexcept {
   return kIdmOk;
 }
 
-int predictComponent(IDMODEL& m, ESMODEL& c, bool first, double alpha, long lead) noexcept {
+namespace {
+
+// A component with no smoothed value: one demand, whose interval (or average
+// demand) lies before the smoothing starts. Its rule fit has no error
+// variance, so every forecast is the start level without spread, as the
+// simple kernel would give with a zero error variance.
+void predictEmpty(ESMFOR& f, double p, long lead) noexcept {
+  f.n = lead + 1;
+  f.bounded = 0;
+  for (long i = 0; i <= lead; ++i) {
+    f.predict[i] = f.lower[i] = f.upper[i] = f.level.states[i] = p;
+    f.std[i] = wzmis(p) ? kMissing : 0.0;
+    f.error[i] = f.trend.states[i] = kMissing;
+  }
+  f.forecast = p;
+}
+
+}  // namespace
+
+int predictComponent(IDMODEL& m, ESMODEL& c, bool first, bool empty, double alpha, long lead) noexcept {
   double p = kMissing;
   if (first) {
     const int rc = firstPrediction(c, &p);
     if (rc < 0) return rc;
   }
-  int rc = esm_pred(&c, alpha, lead, &c.forecast);
-  if (rc < 0) return rc;
   ESMFOR& f = c.forecast;
-  if (first && f.predict.size() > 1) {
+  int rc = 0;
+  if (first && empty) {
+    if (static_cast<long>(f.predict.size()) <= lead) return kIdmNoMem;  // grow() sized it for an + 1
+    predictEmpty(f, p, lead);
+  } else {
+    rc = esm_pred(&c, alpha, lead, &f);
+    if (rc < 0) return rc;
+  }
+  if (first && !empty && f.predict.size() > 1) {
     // Entry 0 gets the one-step spread of entry 1: both are one step ahead
     // of a known state, and a back-transform needs a spread to give a mean.
     f.predict[0] = p;
@@ -145,7 +170,7 @@ int idmcdem(IDMODEL* idm, int eflag, double alpha) noexcept {
   const long nfit = r.nfit;
   ESMFOR& fi = m.intv.forecast;
   ESMFOR& fs = m.size.forecast;
-  rc = idm::predictComponent(m, m.intv, true, alpha, lead);
+  rc = idm::predictComponent(m, m.intv, true, nfit < 2, alpha, lead);
   if (rc < 0) return m.error = rc;
   // A demand can't be expected sooner than the time already passed since
   // the last demand of the fit range.
@@ -153,7 +178,7 @@ int idmcdem(IDMODEL* idm, int eflag, double alpha) noexcept {
                                            : static_cast<double>(m.nobs - ids.back - ids.obs[nfit - 1] - 1);
   const double pi = fi.predict[nfit];
   fi.forecast = !wzmis(ids.intv.data[nfit]) && !wzmis(pi) && !wzmis(e) && e > pi ? e : pi;
-  rc = idm::predictComponent(m, m.size, false, alpha, lead);
+  rc = idm::predictComponent(m, m.size, false, false, alpha, lead);
   if (rc < 0) return m.error = rc;
   fs.forecast = fs.predict[nfit];
 
@@ -183,7 +208,7 @@ int idmadem(IDMODEL* idm, int eflag, double alpha) noexcept {
   IDMODEL& m = *idm;
   const long nfit = r.nfit;
   ESMFOR& f = m.adem.forecast;
-  rc = idm::predictComponent(m, m.adem, true, alpha, lead);
+  rc = idm::predictComponent(m, m.adem, true, nfit < 2, alpha, lead);
   if (rc < 0) return m.error = rc;
   f.forecast = f.predict[nfit];
   const IDSSTATS& st = m.ids->adem.stats;

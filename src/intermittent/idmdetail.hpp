@@ -77,7 +77,8 @@ inline double mul(double a, double b) noexcept { return wzmis(a) || wzmis(b) ? k
 int firstPrediction(ESMODEL& c, double* p) noexcept;
 // First prediction, esm_pred, entry 0, esm_trns and esm_bnds of a component
 // indexed from 1 (intervals, average demand); without the first prediction
-// for sizes. Negative codes of the steps pass through.
-int predictComponent(IDMODEL& m, ESMODEL& c, bool first, double alpha, long lead) noexcept;
+// for sizes. empty: the component has no smoothed value (one demand), and
+// its forecasts are made here. Negative codes of the steps pass through.
+int predictComponent(IDMODEL& m, ESMODEL& c, bool first, bool empty, double alpha, long lead) noexcept;
 
 }  // namespace qvt::idm

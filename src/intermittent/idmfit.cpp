@@ -103,7 +103,10 @@ int fitComponent(ESMODEL& c, long nfit, long nholdout, bool sizes, bool interval
   *flat = false;
   if (c.spec == nullptr || c.modused < kIdmSimple || c.trnsused < 0) return kIdmFit;
   c.comp = c.trnsused == 0 ? c.orig : c.trns;
-  int rc = esm_set(&c, c.comp, nholdout);
+  // With one demand an interval or average-demand component has no value
+  // to smooth (entry 0 lies before the smoothing), so it isn't set on the
+  // smoothing model: its forecast is made from the rule fit alone.
+  int rc = nfit == 1 && !sizes ? 0 : esm_set(&c, c.comp, nholdout);
   if (rc < 0) return rc;
   esm_reset(&c);
   if (nfit <= 2) return fitShort(c, nfit, sizes);
