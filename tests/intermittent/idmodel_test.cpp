@@ -113,11 +113,14 @@ TEST(Idmodel, ShortSeriesTakeTheirWeightsByRule) {
   // at most one value, so every forecast is worked out on paper.
   const struct {
     std::vector<double> y;
-    double wi, ws, rate;
+    double wi, ws, rate, sd;
   } rows[] = {
-      {{0, 0, 5, 0, 0}, 0.15, 0.15, 5.0 / 3},       // I = start 3, elapsed 3
-      {{0, 4, 0, 0, 4, 0}, 0.1, 0.1, 4.0 / 2.1},    // I = 2 + 0.1 (3 - 2), S = 4
-      {{0, 4, 0, 0, 6, 0}, 0.1, 0.2, 4.4 / 2.1},    // S = 4 + 0.2 (6 - 4)
+      {{0, 0, 5, 0, 0}, 0.15, 0.15, 5.0 / 3, 0},       // I = start 3, elapsed 3
+      {{0, 4, 0, 0, 4, 0}, 0.1, 0.1, 4.0 / 2.1, 0},    // I = 2 + 0.1 (3 - 2), S = 4
+      // S = 4 + 0.2 (6 - 4); only the sizes vary, their error variance is
+      // (4 - 5)^2 + (6 - 5)^2 = 2, so the rate's error is sqrt(2) over the
+      // last interval, 2.
+      {{0, 4, 0, 0, 6, 0}, 0.1, 0.2, 4.4 / 2.1, std::sqrt(2.0) / 2},
   };
   for (const auto& c : rows) {
     Model r(c.y, kIdmCroston);
@@ -127,6 +130,7 @@ TEST(Idmodel, ShortSeriesTakeTheirWeightsByRule) {
     EXPECT_EQ(r.m->size.parm.level, c.ws);
     ASSERT_EQ(idmdem(r.m, 1, 0.05), 0);
     EXPECT_NEAR(r.m->results.predict[r.m->n], c.rate, 1e-14);
+    EXPECT_NEAR(r.m->results.std[r.m->n], c.sd, 1e-14);
   }
   // A trend needs three demands.
   Model r({0, 4, 0, 0, 6, 0}, kIdmCroston);
@@ -140,8 +144,7 @@ TEST(Idmodel, FlatDemandTiesAndKeepsCroston) {
   Model r({3, 3, 3, 3, 3, 3}, kIdmBoth);
   IDMODEL& m = *r.m;  // six demands of 3, one a period
   ASSERT_EQ(idmsel(&m, 0.05), 0);
-  EXPECT_TRUE(m.criterion[0] == 0.0 && m.criterion[1] == 0.0);
-  EXPECT_EQ(m.modused, kIdmUsedCroston);
+  EXPECT_TRUE(m.criterion[0] == 0.0 && m.criterion[1] == 0.0 && m.modused == kIdmUsedCroston);
   EXPECT_EQ(idmfit(&m, 1), kIdmFlatBoth);
   EXPECT_DOUBLE_EQ(m.size.parm.level, 1.0 / 7);
   EXPECT_EQ(m.totparms, 1);  // the flat interval counts its rule weight, the flat size doesn't
