@@ -44,7 +44,7 @@ inline Range range(const IDMODEL& m, int eflag) noexcept {
 }
 
 // The checks of every routine that works on a set series: -10 no series,
-// -11 no demand, -12 no demand in the fit sample, -20 no specification.
+// -11 no demand, -12 no demand in the fit sample, -20 no settings taken yet.
 inline int ready(const IDMODEL& m) noexcept {
   if (m.ids == nullptr) return kIdmNoSeries;
   if (m.n < 1) return kIdmNoDemand;

@@ -1,5 +1,5 @@
 // Messages of the codes of the intermittent model and what passes through
-// it from its specification and its components. Each message number comes
+// it from its settings and its components. Each message number comes
 // in a pair: the even number without a name, the odd one with the variable
 // as argument {1}. A message of the table is followed by a closing one that
 // says what became of the series.

@@ -1,5 +1,5 @@
 // The life of an intermittent model: creation with its integration weights
-// and three component models, the specification in force, and the series
+// and three component models, the settings in force, and the series
 // it works on. One record serves a BY group; its vectors only grow.
 #include "intermittent/idmodel.hpp"
 
@@ -83,7 +83,7 @@ int idmspc(IDMODEL* idm, const IDMSPEC* spec, int validate) noexcept {
   } else {
     if (validate != 0) {
       const int rc = idmsval(spec);
-      if (rc < 0) return idm->error = rc;  // the earlier specification stays in force
+      if (rc < 0) return idm->error = rc;  // the earlier settings stay in force
     }
     idm->spec = *spec;
   }

@@ -1,6 +1,6 @@
 // Choosing the form of an intermittent model: within each form the smoothing
 // method and transformation of its components, then between Croston's
-// method and the average demand by the criterion of the specification, on
+// method and the average demand by the criterion of the settings, on
 // the hold-out demands when there are any, else on the fit sample. A form
 // that fails leaves the other; a tie keeps Croston's method.
 #include "intermittent/idmodel.hpp"
@@ -12,7 +12,7 @@
 namespace qvt {
 namespace {
 
-// A component selects its form when the specification leaves a choice
+// A component selects its form when its settings leave a choice
 // (BESTN, or AUTO transformation); otherwise it takes what was asked for.
 int selectComponent(IDMODEL& m, ESMODEL& c, const ESMSPEC& s, double alpha) noexcept {
   if (s.modcode == kIdmBestN || s.trnscode == kTrnsAuto)
