@@ -73,7 +73,7 @@ void expectSame(double a, double b) {
 
 TEST(EsmComponent, FitAndPredictFollowTheDriverInTheComponentsIndex) {
   for (int m = 1; m <= 4; ++m)
-    for (char type : {kIdsSize, kIdsInterval}) {
+    for (char type : {kIdsSize, kIdsInterval, kIdsAverage}) {
       const IDSCOMP c = component(kX, type);
       const long n = c.stats.n, k = off(type);
       Model md(m, 0, &c);
