@@ -13,7 +13,7 @@
 namespace qvt {
 namespace {
 
-const std::vector<double> kX = {3, 5, 2, 6, 4, 7, 5, 8, 6, 9, 7, 10, 8};
+const std::vector<double> kX = {2, 4, 3, 5, 4, 6, 5, 7, 6, 8, 9, 10, 11};  // on the hold-out LINEAR wins
 std::vector<double> gWork(20), gW(101, kMissing);
 
 long off(char type) { return type == kIdsSize ? 0 : 1; }
