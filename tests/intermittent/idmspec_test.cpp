@@ -1,4 +1,4 @@
-// Defaults and rules of the intermittent model specification.
+// Defaults and rules of the intermittent model settings (IDMSPEC).
 #include <gtest/gtest.h>
 
 #include "intermittent/idmspec.hpp"
@@ -9,7 +9,7 @@ namespace {
 
 constexpr double M = kMissing;
 
-// Each row changes a spec fresh from idmsdft, which itself passes (rows of 0).
+// Each row changes a record fresh from idmsdft, which itself passes (rows of 0).
 TEST(Idmspec, FirstBrokenRuleInOrder) {
   const struct {
     void (*change)(IDMSPEC&);
@@ -37,7 +37,7 @@ TEST(Idmspec, FirstBrokenRuleInOrder) {
       // rows of -23 to -25 go through idmsvps: a value above 100, a
       // reversed pair, a bound above 100).
       {[](IDMSPEC& s) { s.fdisc = {1.491668147e-154, 1}; s.adem.fbnds = {5, 2, 0}; }, 0},
-      {[](IDMSPEC& s) { s.size.level = {{}, {}, 0.3, 0.3, 0.3, 1}; s.adem.trend = {{}, {}, 100, M, M, 0}; }, 0},
+      {[](IDMSPEC& s) { s.size.level = {{}, {}, 0.3, 0.3, 0.3, 1}; s.adem.trend = {{}, {}, 100, M, M}; }, 0},
   };
   for (std::size_t k = 0; k < std::size(rows); ++k) {
     IDMSPEC s;
