@@ -110,7 +110,8 @@ std::string renderHtml(const Table& t) {
       out += "<tr><th>" + escaped(l.label) + "</th><td>" + escaped(lineValue(l)) + "</td></tr>\n";
   } else {
     out += "<tr>";
-    for (const TableColumn& c : t.cols) out += "<th>" + escaped(c.label) + "</th>";
+    for (const TableColumn& c : t.cols)
+      out += "<th data-name=\"" + escaped(c.name) + "\">" + escaped(c.label) + "</th>";
     out += "</tr>\n";
     for (const auto& row : t.rows) {
       out += "<tr>";
