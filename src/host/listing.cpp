@@ -54,9 +54,10 @@ std::string lineValue(const FactoidLine& l) {
 std::string renderCell(const TableCell& cell, const TableColumn& col) {
   if (const auto* s = std::get_if<std::string>(&cell)) return *s;
   const double v = std::get<double>(cell);
-  // A column too narrow for BEST's default still shows its value in full:
-  // the listing widens the column instead of printing stars.
-  const int w = std::max(col.width, 12);
+  // A free column shows BEST in its own width; below 7 places BEST would
+  // print stars for ordinary values, so such a column takes BEST12 and the
+  // listing widens it.
+  const int w = col.width >= 7 ? col.width : 12;
   if (!col.format.empty()) return trimmed(renderFormat(v, col.format));
   if (col.type == ColType::Long) return trimmed(renderFormat(v, "F", 20, 0));
   if (col.decimals >= 0) return trimmed(renderFormat(v, "F", 32, col.decimals));

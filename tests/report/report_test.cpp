@@ -213,6 +213,88 @@ TEST_F(Fixture, SummaryOverAGroup) {
   EXPECT_EQ(h.tables[1].cols.size(), 5u);
 }
 
+// The winner is marked on the one row whose model and transformation both
+// match; the same model untransformed or another model is not.
+TEST_F(Fixture, SelectionMarksOnlyTheChosenCandidate) {
+  com.print.estimates = 1;
+  com.current.modelcode = 2;
+  com.current.trnscode = kTrnsLog;
+  const int models[] = {1, 2, 1, 2};
+  const int trns[] = {kTrnsNone, kTrnsNone, kTrnsLog, kTrnsLog};
+  const double crit[] = {4.0, 3.0, 2.0, 1.0};
+  qvtosel(&com, models, trns, crit, 4);
+  ASSERT_EQ(h.tables.size(), 1u);
+  const Table& t = h.tables[0];
+  ASSERT_EQ(t.rows.size(), 4u);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(std::get<std::string>(t.rows[i][2]).empty(), i != 3) << i;
+    EXPECT_EQ(num(t.rows[i][1]), crit[i]);
+  }
+  EXPECT_NE(std::get<std::string>(t.rows[2][0]), std::get<std::string>(t.rows[0][0]));
+}
+
+// Groups and the "Variable" table: nothing when neither tables nor plots
+// are asked for, a group without its table for PRINT=SUMMARY alone.
+TEST_F(Fixture, GroupsAndStepTables) {
+  com.print.none = com.plot.none = 1;
+  qvtoint(&com);
+  qvtogrp(&com, &v);
+  EXPECT_TRUE(h.tables.empty());
+  com.print.none = 0;
+  com.print.summaryonly = 1;
+  qvtogrp(&com, &v);
+  EXPECT_TRUE(h.tables.empty());
+  com.print.summaryonly = 0;
+  com.in.nobs = 12;
+  com.istmt.lead = 4;
+  qvtoint(&com);
+  qvtogrp(&com, &v);
+  ASSERT_EQ(h.names(), (std::vector<std::string>{"DataSet", "Variable"}));
+  // No ID statement: name, label, season length, lead; BACK= 0 adds no line.
+  EXPECT_EQ(h.tables[0].lines.size(), 4u);
+  EXPECT_EQ(std::get<double>(h.tables[0].lines[3].value), 4);
+  EXPECT_EQ(CaptureHost::value(h.tables[1], "Nobs"), "12");
+  EXPECT_EQ(h.tables[1].head.templ, "QVT.QVT.Variable");
+}
+
+// A failed call of the output layer ends the step, except on a host that
+// has no output layer at all, where the tables are silently left out.
+TEST_F(Fixture, FailedLayerCallEndsTheStep) {
+  struct Refusing : CaptureHost {
+    int code = kHostIoError;
+    int tableColumn(TableHandle, const TableColumn&) override { return code; }
+  } r;
+  com.host = &r;
+  com.print.descstats = 1;
+  qvtovar(&com);  // a factoid table defines no column
+  EXPECT_EQ(r.tables.size(), 1u);
+  com.print.statistics = 1;
+  EXPECT_THROW(qvtosof(&com, 0), StepExit);
+  EXPECT_EQ(com.rc, 2000);
+  r.code = kHostUnsupported;
+  com.rc = 0;
+  EXPECT_NO_THROW(qvtosof(&com, 0));
+  EXPECT_EQ(com.rc, 0);
+}
+
+// PRINTDETAILS adds the star columns of the trend table.
+TEST_F(Fixture, TrendColumnsByDetails) {
+  ZINT_STATS st[2];
+  st[1].n = 3;
+  com.trend.stats = st;
+  com.trend.nt = 2;
+  com.print.trends = 1;
+  qvtotre(&com);
+  com.print.details = 1;
+  qvtotre(&com);
+  ASSERT_EQ(h.tables.size(), 2u);
+  EXPECT_EQ(CaptureHost::cols(h.tables[0]),
+            (std::vector<std::string>{"Obs", "N", "Minimum", "Maximum", "Sum", "Mean", "StdDev"}));
+  EXPECT_EQ(h.tables[1].cols.size(), 13u);
+  EXPECT_EQ(num(h.tables[0].rows[1][1]), 3);
+  EXPECT_EQ(num(h.tables[1].rows[1][0]), 2);
+}
+
 // The listing of a small table, written from the layout rules: a column is
 // as wide as its width, label and cells; numbers right, texts left.
 TEST(Listing, GoldenText) {
