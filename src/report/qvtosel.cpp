@@ -9,7 +9,7 @@
 namespace qvt {
 
 void qvtosel(QVTCOM* com, const int* methods, const int* trnscodes, const double* criteria, int n) {
-  if (!com->print.estimates || methods == nullptr || trnscodes == nullptr || criteria == nullptr || n < 0) return;
+  if (!com->print.estimates || methods == nullptr || trnscodes == nullptr || criteria == nullptr) return;
   const auto& cur = com->current;
   // A candidate is named by its model's label, and the transformation's
   // label after a comma where it has one.

@@ -132,29 +132,23 @@ def compare_tables(path, checks, case_dir, tol):
         p.feed(f.read())
     errors = []
     for c in checks:
-        if c["table"] not in p.tables:
-            errors.append(f"table {c['table']} is not in the report")
-            continue
-        cols, rows = p.tables[c["table"]][0]
+        cols, rows = p.tables.get(c["table"], [([], [])])[0]
         rows = [r for r in rows if r]
         with open(os.path.join(case_dir, c["expect"]), newline="", encoding="utf-8") as f:
             want = list(csv.DictReader(f))
-        pairs = []  # (where, got, expected)
+        cell = lambda r, col: rows[r][cols.index(col)] if col in cols and r < len(rows) else "<absent>"
         if c["rows"] == "last":
             if not rows or len(rows) > len(want):
                 errors.append(f"{c['table']}: {len(rows)} rows for {len(want)} expected")
                 continue
-            for i, (r, w) in enumerate(zip(rows, want[len(want) - len(rows):])):
-                for tc, wc in c["columns"].items():
-                    pairs.append((f"row {i} {tc}", r[cols.index(tc)] if tc in cols else "<absent>", w[wc]))
+            tail = want[len(want) - len(rows):]
+            pairs = [(f"row {i} {tc}", cell(i, tc), w[wc])
+                     for i, w in enumerate(tail) for tc, wc in c["columns"].items()]
         else:
-            k = cols.index(c["column"]) if c["column"] in cols else None
-            for ri, wc in c["rows"].items():
-                got = rows[int(ri)][k] if k is not None and int(ri) < len(rows) else "<absent>"
-                pairs.append((f"row {ri} ({wc})", got, want[0][wc]))
-        for where, g, w in pairs:
-            if not cells_equal("" if g == "." else g, w, tol):
-                errors.append(f"{c['table']} {where}: got {g!r}, expected {w!r}")
+            pairs = [(f"row {ri} ({wc})", cell(int(ri), c["column"]), want[0][wc])
+                     for ri, wc in c["rows"].items()]
+        errors += [f"{c['table']} {at}: got {g!r}, expected {w!r}" for at, g, w in pairs
+                   if not cells_equal("" if g == "." else g, w, tol)]
     return errors
 
 
