@@ -78,7 +78,7 @@ std::string renderListing(const Table& t) {
   std::vector<std::vector<std::string>> cells(t.rows.size(), std::vector<std::string>(nc));
   std::vector<std::size_t> w(nc);
   for (std::size_t c = 0; c < nc; ++c) {
-    w[c] = std::max<std::size_t>(static_cast<std::size_t>(std::max(t.cols[c].width, 0)), t.cols[c].label.size());
+    w[c] = std::max(static_cast<std::size_t>(std::max(t.cols[c].width, 0)), t.cols[c].label.size());
     for (std::size_t r = 0; r < t.rows.size(); ++r) {
       cells[r][c] = renderCell(t.rows[r][c], t.cols[c]);
       w[c] = std::max(w[c], cells[r][c].size());
@@ -102,7 +102,8 @@ std::string renderHtml(const Table& t) {
                     escaped(t.head.title) + "</h2>\n";
   if (!t.values.empty()) {
     out += "<dl>";
-    for (const TableValue& v : t.values) out += "<dt>" + escaped(v.name) + "</dt><dd>" + escaped(v.text) + "</dd>";
+    for (const TableValue& v : t.values)
+      out += "<dt>" + escaped(v.name) + "</dt><dd>" + escaped(v.text) + "</dd>";
     out += "</dl>\n";
   }
   out += "<table>\n";
@@ -116,7 +117,8 @@ std::string renderHtml(const Table& t) {
     out += "</tr>\n";
     for (const auto& row : t.rows) {
       out += "<tr>";
-      for (std::size_t c = 0; c < t.cols.size(); ++c) out += "<td>" + escaped(renderCell(row[c], t.cols[c])) + "</td>";
+      for (std::size_t c = 0; c < t.cols.size(); ++c)
+        out += "<td>" + escaped(renderCell(row[c], t.cols[c])) + "</td>";
       out += "</tr>\n";
     }
   }

@@ -57,7 +57,8 @@ int ProcessHost::init() {
     if (listingFile_) {
       listing_ = &listingFile_;
     } else {
-      hostMsgLog(*this, kMsgGroupHost, kMsgCantListing, {cfg_.listingFile, std::string(std::strerror(errno))});
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantListing,
+                 {cfg_.listingFile, std::string(std::strerror(errno))});
       rc = kHostBadArgument;
     }
   }
@@ -694,7 +695,9 @@ int ProcessHost::tableValue(TableHandle t, std::string_view name, std::string_vi
   return tables_.tableValue(t, name, text);
 }
 int ProcessHost::tableLine(TableHandle t, const FactoidLine& line) { return tables_.tableLine(t, line); }
-int ProcessHost::tableRow(TableHandle t, std::span<const TableCell> cells) { return tables_.tableRow(t, cells); }
+int ProcessHost::tableRow(TableHandle t, std::span<const TableCell> cells) {
+  return tables_.tableRow(t, cells);
+}
 int ProcessHost::tableClose(TableHandle t) { return tables_.tableClose(t); }
 TableHandle ProcessHost::tableFind(std::string_view name) const { return tables_.tableFind(name); }
 

@@ -16,12 +16,12 @@ void qvtosof(QVTCOM* com, int region) {
     double value;
   };
   const Stat rows[] = {
-      {1200, d(s.dfe)},    {1201, d(s.nobs)},  {1202, d(s.n)},       {1203, d(s.nmissa)},   {1204, d(s.nmissp)},
-      {1205, d(s.nparms)}, {1206, s.tss},      {1207, s.sst},        {1231, s.sse},         {1232, s.mse},
-      {1233, s.rmse},      {1234, s.umse},     {1235, s.urmse},      {1273, s.mape},        {1263, s.mae},
-      {1240, s.rsquare},   {1241, s.adj_Rsq},  {1242, s.a_adj_Rsq},  {1243, s.rw_Rsq},      {1250, s.aic},
-      {1251, s.sbc},       {1252, s.apc},      {1261, s.maxerr},     {1260, s.minerr},      {1271, s.maxpe},
-      {1270, s.minpe},     {1262, s.me},       {1272, s.mpe},
+      {1200, d(s.dfe)},   {1201, d(s.nobs)}, {1202, d(s.n)},     {1203, d(s.nmissa)}, {1204, d(s.nmissp)},
+      {1205, d(s.nparms)}, {1206, s.tss},    {1207, s.sst},      {1231, s.sse},       {1232, s.mse},
+      {1233, s.rmse},     {1234, s.umse},    {1235, s.urmse},    {1273, s.mape},      {1263, s.mae},
+      {1240, s.rsquare},  {1241, s.adj_Rsq}, {1242, s.a_adj_Rsq}, {1243, s.rw_Rsq},   {1250, s.aic},
+      {1251, s.sbc},      {1252, s.apc},     {1261, s.maxerr},   {1260, s.minerr},    {1271, s.maxpe},
+      {1270, s.minpe},    {1262, s.me},      {1272, s.mpe},
   };
   // soflabels: the labels once, and the longest of them as the column's width.
   std::string labels[std::size(rows)];

@@ -35,7 +35,8 @@ void qvtosum(QVTCOM* com, int flag) {
     for (int i = 0; i < lead; ++i) {
       const std::string label = id ? timeText(*com, com->out.id[base + i])
                                    : catText(com, 5813, {static_cast<long long>(i + 1)});
-      a.col(TableColumn{"Horizon" + std::to_string(i + 1), label, ColType::Double, 8, kColFree, {}, "Horizon"});
+      a.col(TableColumn{"Horizon" + std::to_string(i + 1), label, ColType::Double, 8, kColFree, {},
+                        "Horizon"});
     }
     sumColumns(a, 5814);
     a.endCols();

@@ -93,7 +93,8 @@ void TableOut::variable() {
 }
 
 void TableOut::line(int label, TableCell v, std::string format) {
-  if (h_) check(com_->host->tableLine(h_, FactoidLine{catText(com_, label), std::move(v), std::move(format)}));
+  if (h_)
+    check(com_->host->tableLine(h_, FactoidLine{catText(com_, label), std::move(v), std::move(format)}));
 }
 
 void TableOut::row(std::span<const TableCell> cells) {

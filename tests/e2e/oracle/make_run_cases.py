@@ -348,7 +348,8 @@ def main():
     c = case_dir("print_tables")
     write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24[:8], sales[:8]))
     _, rows = esm.ses_rows(sales[:8], 2)
-    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("sales", months(2020, 1, 10), rows))
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD,
+          outfor_rows("sales", months(2020, 1, 10), rows))
     write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
           [[cell(v) for v in fit_row("sales", "FIT", sales[:8], [r[1] for r in rows[:8]], 1)]])
 
