@@ -1,4 +1,4 @@
-// Defaults and validity of the intermittent model specification. The IDM
+// Defaults and validity of how an intermittent series is modelled. The IDM
 // statement and the intermittent model both come here, so the rules live in
 // one place.
 #include "intermittent/idmspec.hpp"

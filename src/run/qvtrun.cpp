@@ -10,6 +10,7 @@
 #include "calendar/zintti.hpp"
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
+#include "report/qvto.hpp"
 #include "run/append.hpp"
 #include "run/dovqvt.hpp"
 #include "run/qvtin.hpp"
@@ -114,6 +115,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
       kMissing;
   if (lead > 0 && com->outsum.forlead != nullptr) vzfdl(kMissing, com->outsum.forlead, lead);
 
+  if (!com->print.none || !com->plot.none) qvtogrp(com, &v);
   getseries(com, k);
   if (com->trend.request != 0) analysis(com);
   accumulate(com, f.acc.code);
@@ -139,14 +141,15 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   const double first = n > 0 ? com->out.id[s] : (N > 0 ? com->out.id[0] : 0.0);
   cur.first = first;
   cur.last = n > 0 ? com->out.id[s + n - 1] : first;
-  // The description of the used range; the printed tables that also read it
-  // are not built.
+  // The description of the used range.
   if (com->ds.outsum.fileid || com->print.descstats || com->print.summary)
     ztssumm(cur.y, n, &com->outsum.stats);
+  if (com->print.descstats) qvtovar(com);
 
   if (method == kModelNone) {
     putresult(com);
     qvtdsum(com);
+    qvtosum(com, 1);
     return;
   }
   com->counts.requested += 1;
@@ -186,6 +189,8 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   }
 
   if (com->ds.outest.fileid) qvtdest(com, model.esm);
+  if (com->print.estimates) qvtoest(com, model.esm);
+  if (com->print.states) qvtosta(com, model.esm);
   if (memory(com) < 0) return;
 
   // The result vectors of the forecast: out's, from the first used period.
@@ -237,6 +242,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   fore.actual = com->out.y + s;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
   if (com->ds.outcomp.fileid) qvtdcmp(com, &fore);
+  if (com->print.forecasts) qvtofor(com, &fore, method);
   if (memory(com) < 0) return;
 
   evaluation(com, model.esm, &fore);
@@ -245,6 +251,7 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   putresult(com);
   summation(com, model.esm, &fore);
   qvtdsum(com);
+  qvtosum(com, 1);
 }
 
 }  // namespace
@@ -265,6 +272,7 @@ bool failure(QVTCOM* com, int status) {
   com->current.status = status;
   putresult(com);
   qvtdsum(com);
+  qvtosum(com, 1);
   com->counts.failures += 1;
   return com->counts.failures <= com->maxerror;
 }
@@ -301,10 +309,13 @@ void qvtrun(QVTCOM* com) {
     zintscd(com->istmt.intv, com->out.id[0], com->istmt.scode53, com->out.nobs, com->trend.scodes,
             &com->trend.ns);
   }
+  if (com->print.summary) qvtosum(com, 0);
   for (int k = 0; k < com->nvars; ++k) {
     runSeries(com, k, nseasons);
     hostProgress(*com->host, com->counts.series);
   }
+  if (!com->print.none || !com->plot.none) qvtogrp(com, nullptr);
+  if (com->print.summary) qvtosum(com, 2);
   com->error = 0;
 }
 

@@ -1,6 +1,6 @@
-// The IDM statement into QVTCOM: the smoothing specification of each demand
+// The IDM statement into QVTCOM: the smoothing settings of each demand
 // component and the base of the demand. Every problem here is a warning: a
-// value is dropped or a limit replaced, and a specification that still
+// value is dropped or a limit replaced, and a set of settings that still
 // breaks a rule of idmsval is dropped as a whole for the defaults.
 #include <cmath>
 
