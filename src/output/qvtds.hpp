@@ -3,6 +3,7 @@
 #pragma once
 
 #include "run/qvtcom.hpp"
+#include "intermittent/idmodel.hpp"
 #include "smoothing/esmtypes.hpp"
 
 namespace qvt {
@@ -28,7 +29,7 @@ void outstat(QVTCOM* com);
 
 // Row writers; each does nothing when its data set wasn't asked for.
 void qvtdout(QVTCOM* com);                             // OUT=, one series
-void qvtdest(QVTCOM* com, const WINMODEL* esm);        // OUTEST=
+void qvtdest(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm);  // OUTEST=
 void qvtdfor(QVTCOM* com, const FOR_OUT* fore);        // OUTFOR=
 void qvtdcmp(QVTCOM* com, const FOR_OUT* fore);        // OUTCOMPONENT=
 void qvtdsum(QVTCOM* com);                             // OUTSUM=, the series in hand
