@@ -13,6 +13,7 @@ import math
 import os
 import random
 
+import croston
 import esm
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -340,6 +341,43 @@ def main():
     write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
           [[cell(v) for v in fit_row("s", "FIT", sales[:20], [r[1] for r in fit[:20]], 1)],
            [cell(v) for v in fit_row("s", "FORECAST", sales[20:], [fit[20][1]] * 4, 0, last=sales[19])]])
+
+    # croston: Croston's method with SIMPLE smoothing of intervals and sizes
+    # and no transformation (the IDM statement) on 44 months with 14 demands
+    # whose sizes grow and whose intervals shorten, so both weights lie inside
+    # their bounds; the last demand lies 10 months back, so the interval
+    # forecast is the elapsed time. z has no demand at all: it fails alone (status 6000, message
+    # 8111 with its name) and keeps its history in OUT=.
+    c = case_dir("croston")
+    d44 = months(2021, 1, 44)
+    demand = [0.0] * 44
+    for t, v in zip([1, 5, 9, 12, 16, 19, 21, 23, 24, 26, 28, 29, 31, 34], [3, 2, 4, 3, 5, 4, 6, 7, 6, 8, 7, 9, 8, 10]):
+        demand[t] = float(v)
+    write(os.path.join(c, "demand.csv"), ["date", "a", "z"], [(d, v, 0) for d, v in zip(d44, demand)])
+    rows, (wi, ws), rate = croston.croston(demand, 4)
+    d48 = months(2021, 1, 48)
+    crow = [(a, p, lo, up, st, sd) for (p, sd, lo, up, st), a in zip(rows, demand + [None] * 4)]
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("a", d48, crow))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "a", "z"],
+          [(d, cell(demand[i] if i < 44 else rate), 0 if i < 44 else None) for i, d in enumerate(d48)])
+    write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_MODEL_", "_TRANSFORM_", "_PARM_", "_EST_"],
+          [("a", "CROSTON", "NONE", "LEVEL", esm.fmt(wi)), ("a", "CROSTON", "NONE", "LEVEL", esm.fmt(ws))])
+    write(os.path.join(c, "expect", "outsum.csv"), SUM_HEAD + ["_LEAD1_", "_LEAD4_"],
+          [["a", 0] + [cell(v) for v in describe(demand)] + [cell(4 * rate), "", "", "", cell(rate), cell(rate)],
+           ["z", 6000] + [cell(v) for v in describe([0.0] * 44)] + ["", "", "", "", "", ""]])
+
+    # bestall: MODEL=BESTALL decides per series. a (above) has a median
+    # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
+    # croston. b = 10 + 2t has a demand every month (median interval 1): the
+    # smoothing path, where with SEASONALITY=1 BEST chooses among SIMPLE,
+    # LINEAR and DAMPTREND, and LINEAR predicts the line exactly (best_line).
+    c = case_dir("bestall")
+    line = [10.0 + 2 * t for t in range(44)]
+    write(os.path.join(c, "demand.csv"), ["date", "a", "b"], [(d, v, w) for d, v, w in zip(d44, demand, line)])
+    brow = [(a, 10.0 + 2 * t, None, None, None if a is None else 0.0, None)
+            for t, a in enumerate(line + [None] * 4)]
+    write(os.path.join(c, "expect", "outfor.csv"), ["_NAME_", "date", "ACTUAL", "PREDICT"],
+          [r[:4] for r in outfor_rows("a", d48, crow) + outfor_rows("b", d48, brow)])
 
 
 if __name__ == "__main__":
