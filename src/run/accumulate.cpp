@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "calendar/zintti.hpp"
+#include "output/qvtds.hpp"
 #include "run/qvtin.hpp"
 
 namespace qvt {
@@ -76,17 +77,16 @@ void analysis(QVTCOM* com) {
   if (tr.request == 2 || tr.request == 3) {
     tr.nt = T;
     zinttts(in.y, in.pos, in.nobs, 0, T, com->notsorted, tr.work, tr.stats);
-    // The OUTTREND= rows (qvtdtre, when com->ds.outtrend.fileid is open) and
-    // the printed trend table (qvtotre, when com->print.trends) are written
-    // here from tr.stats[0 .. T); both writers belong to the output and
-    // table code that is still to come.
+    if (com->ds.outtrend.fileid) qvtdtre(com);
+    // The printed trend table (qvtotre, when com->print.trends) reads the
+    // same tr.stats[0 .. T); it comes with the printed tables.
   }
   if (tr.ns > 1 && (tr.request == 1 || tr.request == 3)) {
     zinttss(in.y, in.pos, in.nobs, 0, T, tr.ns, tr.scodes, tr.work, tr.stats);
-    // The OUTSEASON= rows (qvtdsea, when com->ds.outseason.fileid is open)
-    // and the season table (when com->print.seasons, its first column
-    // seasonColumnWidth(tr.ns) wide) are written here from tr.stats[0 ..
-    // tr.ns); both belong to the output and table code still to come.
+    if (com->ds.outseason.fileid) qvtdsea(com);
+    // The season table (when com->print.seasons, its first column
+    // seasonColumnWidth(tr.ns) wide) reads the same tr.stats[0 .. tr.ns); it
+    // comes with the printed tables.
   }
 }
 

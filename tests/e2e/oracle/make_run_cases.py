@@ -12,6 +12,7 @@ import datetime
 import math
 import os
 import random
+import statistics
 
 import croston
 import esm
@@ -378,6 +379,52 @@ def main():
             for t, a in enumerate(line + [None] * 4)]
     write(os.path.join(c, "expect", "outfor.csv"), ["_NAME_", "date", "ACTUAL", "PREDICT"],
           [r[:4] for r in outfor_rows("a", d48, crow) + outfor_rows("b", d48, brow)])
+
+    # trend_season: raw records summed by month (ACCUMULATE=TOTAL). OUTTREND=
+    # has one row per month of the frame, the empty May included (NOBS 0,
+    # its statistics missing), with the statistics of the records that fall
+    # into it; OUTSEASON= the same by month of the year, where January joins
+    # two years. A missing quantity counts in NOBS and NMISS only. The
+    # statistics come from the statistics module: sample standard deviation,
+    # CSS = sum of squared deviations, the median of an even count the mean
+    # of the middle two. OUTPROCINFO= counts one series, requested, none
+    # failed.
+    c = case_dir("trend_season")
+    rnd = random.Random(7)
+    recs = []
+    for k in range(13):
+        y, m = 2022 + (k // 12), k % 12 + 1
+        if (y, m) == (2022, 5):
+            continue
+        for day in sorted(rnd.sample(range(1, 28), 2 + k % 3)):
+            recs.append((datetime.date(y, m, day).isoformat(), round(rnd.uniform(1, 20), 1)))
+    recs[7] = (recs[7][0], None)
+    write(os.path.join(c, "tx.csv"), ["date", "qty"], recs)
+
+    def group_stats(vals):
+        v = [x for x in vals if x is not None]
+        if not v:
+            return [len(vals), 0, len(vals)] + [None] * 9
+        mean = sum(v) / len(v)
+        css = sum((x - mean) ** 2 for x in v)
+        sd = statistics.stdev(v) if len(v) > 1 else None
+        return [len(vals), len(v), len(vals) - len(v), min(v), max(v), max(v) - min(v), sum(v), mean, sd,
+                sum(x * x for x in v), css, statistics.median(v)]
+
+    head = ["NOBS", "N", "NMISS", "MIN", "MAX", "RANGE", "SUM", "MEAN", "STDDEV", "USS", "CSS", "MEDIAN"]
+    trows = []
+    for k, d in enumerate(months(2022, 1, 13)):
+        vals = [q for dd, q in recs if dd[:7] == d[:7]]
+        trows.append(["qty", d, k % 12 + 1] + [cell(float(v)) if isinstance(v, float) else v
+                                               for v in group_stats(vals)])
+    write(os.path.join(c, "expect", "trend.csv"), ["_NAME_", "date", "_SEASON_"] + head, trows)
+    srows = []
+    for m in range(1, 13):
+        vals = [q for dd, q in recs if int(dd[5:7]) == m]
+        srows.append(["qty", m] + [cell(float(v)) if isinstance(v, float) else v for v in group_stats(vals)])
+    write(os.path.join(c, "expect", "season.csv"), ["_NAME_", "_SEASON_"] + head, srows)
+    write(os.path.join(c, "expect", "info.csv"), ["_SOURCE_", "_NAME_", "_STAGE_", "_VALUE_"],
+          [("QVT", "SERIES", "ALL", 1), ("QVT", "REQUESTED", "ALL", 1), ("QVT", "FAILURES", "ALL", 0)])
 
 
 if __name__ == "__main__":
