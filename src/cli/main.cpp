@@ -50,6 +50,8 @@ qvt::HostConfig hostConfig(const Common& c) {
   cfg.logFile = c.log;
   cfg.logFormat = c.logFormat == "jsonl" ? qvt::LogFormat::Jsonl : qvt::LogFormat::Text;
   cfg.memsize = c.memsize;
+  cfg.listingFile = c.listing;
+  cfg.htmlFile = c.html;
   cfg.strict = c.strict;
   // A progress line only where someone watches: standard error on a terminal.
   if (isatty(STDERR_FILENO) != 0) cfg.progressStream = &std::cerr;

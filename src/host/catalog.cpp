@@ -111,9 +111,9 @@ constexpr CatalogEntry kCatalog[] = {
 
 }  // namespace
 
-std::array<std::span<const CatalogEntry>, 5> catalogParts() noexcept {
+std::array<std::span<const CatalogEntry>, 6> catalogParts() noexcept {
   return {std::span<const CatalogEntry>(kCatalog), catalogRun(), catalogInput(), catalogStatements(),
-          catalogOutput()};
+          catalogOutput(), catalogReport()};
 }
 
 const CatalogEntry* catalogFind(int group, int number) noexcept {

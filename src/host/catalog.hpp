@@ -30,6 +30,7 @@ std::span<const CatalogEntry> catalogRun() noexcept;         // the driver and t
 std::span<const CatalogEntry> catalogInput() noexcept;       // BY-group input, time ID checks, positions
 std::span<const CatalogEntry> catalogStatements() noexcept;  // statements into the run
 std::span<const CatalogEntry> catalogOutput() noexcept;      // output data sets and the spool
-std::array<std::span<const CatalogEntry>, 5> catalogParts() noexcept;
+std::span<const CatalogEntry> catalogReport() noexcept;      // printed tables
+std::array<std::span<const CatalogEntry>, 6> catalogParts() noexcept;
 
 }  // namespace qvt

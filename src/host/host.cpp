@@ -68,6 +68,20 @@ int Host::spoolPoint(SpoolHandle, long long) { return kHostUnsupported; }
 int Host::spoolClose(SpoolHandle, int) { return kHostUnsupported; }
 
 void Host::stepEnd(int) {}
+
+int Host::groupOpen(std::string_view, std::string_view, std::string_view) { return kHostUnsupported; }
+int Host::groupClose() { return kHostUnsupported; }
+int Host::tableOpen(const TableHead&, TableHandle* out) {
+  if (out) *out = TableHandle{};
+  return kHostUnsupported;
+}
+int Host::tableColumn(TableHandle, const TableColumn&) { return kHostUnsupported; }
+int Host::tableColumnsEnd(TableHandle) { return kHostUnsupported; }
+int Host::tableValue(TableHandle, std::string_view, std::string_view) { return kHostUnsupported; }
+int Host::tableLine(TableHandle, const FactoidLine&) { return kHostUnsupported; }
+int Host::tableRow(TableHandle, std::span<const TableCell>) { return kHostUnsupported; }
+int Host::tableClose(TableHandle) { return kHostUnsupported; }
+TableHandle Host::tableFind(std::string_view) const { return TableHandle{}; }
 void Host::progress(long long) {}
 
 int hostMsgText(const Host& h, tchar* buf, int size, int group, int number,

@@ -91,6 +91,75 @@ inline constexpr int kHostWrongState = -11;   // e.g. a definition after the fir
 // Spool read at the end of the file: the engine tests (result & 0x803FFFFF) == 0x801.
 inline constexpr int kHostEof = 0x801;
 
+// ---------------------------------------------------------------------------
+// Printed tables. The engine describes a table (its name, template, title,
+// columns, named values and rows) and hands it to the host's output layer,
+// which renders it (a text listing, an HTML report) or keeps it (a test).
+// The engine never sees a renderer. The host's object calls of the printing
+// layer are numbered operations on handles elsewhere; here each is a plain
+// member, and the numbers are dropped as an internal detail of that layer.
+
+// "data" tables have columns and rows; "factoid" tables are label/value lines.
+enum class TableKind : std::uint8_t { Data, Factoid };
+
+// Column types: whole numbers, real numbers, text.
+enum class ColType : std::uint8_t { Long = 4, Double = 5, Text = 6 };
+
+// A free column lets the format choose its decimals.
+inline constexpr int kColFree = -1;
+
+struct TableColumn {
+  std::string name;    // key, e.g. "Predict" or "Horizon3"
+  std::string label;   // heading shown to the reader
+  ColType type = ColType::Double;
+  int width = 0;
+  int decimals = kColFree;
+  std::string format;  // a format text such as "PVALUE6." or "DATE9."; wins over decimals
+  std::string group;   // column group ("Horizon", "Seasons"), empty for none
+};
+
+// A cell or a factoid value: a number (possibly the missing value) or a text.
+using TableCell = std::variant<double, std::string>;
+
+struct TableHead {
+  std::string name;      // e.g. "Forecasts"
+  std::string templ;     // e.g. "QVT.QVT.Forecasts"
+  TableKind kind = TableKind::Data;
+  std::string title;
+  std::string contents;  // contents label of a factoid table
+};
+
+// One named value a table carries ("Variable", "Lead", ...).
+struct TableValue {
+  std::string name;
+  std::string text;
+};
+
+// One line of a factoid table; numbers are rendered by `format` (empty: BEST).
+struct FactoidLine {
+  std::string label;
+  TableCell value;
+  std::string format;
+};
+
+// A table as the output layer holds it.
+struct Table {
+  TableHead head;
+  std::vector<TableColumn> cols;
+  std::vector<TableValue> values;
+  std::vector<FactoidLine> lines;
+  std::vector<std::vector<TableCell>> rows;
+  std::string group;  // label of the output group it was made in
+  bool defined = false;  // columns are complete; rows may follow
+};
+
+// Handle of an open table; 0 is null.
+struct TableHandle {
+  int id = 0;
+  explicit operator bool() const noexcept { return id != 0; }
+  friend bool operator==(TableHandle, TableHandle) = default;
+};
+
 enum class DsMode : std::uint8_t { Input, Output };
 
 // One BY variable: its 1-based number in the input data set, and its order.
@@ -225,6 +294,27 @@ class Host {
   // `seriesDone` series of the step are finished. A host may show a progress
   // line for long runs; the default shows nothing.
   virtual void progress(long long seriesDone);
+
+  // --- printed tables -----------------------------------------------------
+
+  // Opens an output group (one for each series, "Variable"); a group that
+  // is open is closed first. groupClose without an open group does nothing.
+  virtual int groupOpen(std::string_view name, std::string_view var, std::string_view label);
+  virtual int groupClose();
+  // Creates a table; its columns, named values, lines and rows follow, then
+  // tableClose renders and releases it.
+  virtual int tableOpen(const TableHead& head, TableHandle* out);
+  virtual int tableColumn(TableHandle t, const TableColumn& col);
+  // Ends the column definitions; rows may follow.
+  virtual int tableColumnsEnd(TableHandle t);
+  virtual int tableValue(TableHandle t, std::string_view name, std::string_view text);
+  virtual int tableLine(TableHandle t, const FactoidLine& line);
+  // One row; one cell for each column, in their order.
+  virtual int tableRow(TableHandle t, std::span<const TableCell> cells);
+  virtual int tableClose(TableHandle t);
+  // The open table of that name (the summary tables stay open over a BY
+  // group); the null handle when none is open.
+  virtual TableHandle tableFind(std::string_view name) const;
 
   // --- the step -----------------------------------------------------------
 

@@ -17,10 +17,21 @@ namespace qvt {
 
 namespace fs = std::filesystem;
 
+namespace {
+// Host messages of the printed output, kept in the report part of the catalogue.
+constexpr int kMsgCantListing = 25;  // (file, reason)
+constexpr int kMsgCantHtml = 26;     // (file, reason)
+}  // namespace
+
 ProcessHost::ProcessHost(HostConfig cfg)
     : cfg_(std::move(cfg)),
       log_(cfg_.logStream ? cfg_.logStream : &std::cerr),
-      pools_(cfg_.memsize ? cfg_.memsize : machineAvailableMemory()) {
+      pools_(cfg_.memsize ? cfg_.memsize : machineAvailableMemory()),
+      listing_(cfg_.listingStream ? cfg_.listingStream : &std::cout),
+      tables_([this](const Table& t) {
+        *listing_ << renderListing(t) << std::flush;
+        if (!cfg_.htmlFile.empty()) html_ += renderHtml(t);
+      }) {
   auto csv = std::make_unique<CsvEngine>();
   csv->bufferBytes = cfg_.csvBufferBytes;
   engines_["csv"] = std::move(csv);
@@ -38,6 +49,25 @@ int ProcessHost::init() {
       log_ = &logFile_;
     } else {
       hostMsgLog(*this, kMsgGroupHost, kMsgCantLog, {cfg_.logFile, std::string(std::strerror(errno))});
+      rc = kHostBadArgument;
+    }
+  }
+  if (!cfg_.listingFile.empty()) {
+    listingFile_.open(cfg_.listingFile, std::ios::out | std::ios::trunc);
+    if (listingFile_) {
+      listing_ = &listingFile_;
+    } else {
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantListing,
+                 {cfg_.listingFile, std::string(std::strerror(errno))});
+      rc = kHostBadArgument;
+    }
+  }
+  if (!cfg_.htmlFile.empty()) {
+    // Tried once here, so that a path that can't be written is a usage error
+    // before any step runs rather than a silent loss at the end.
+    std::ofstream probe(cfg_.htmlFile, std::ios::out | std::ios::trunc);
+    if (!probe) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
       rc = kHostBadArgument;
     }
   }
@@ -647,9 +677,37 @@ void ProcessHost::stepEnd(int rc) {
   ds_.clear();
   spools_.clear();
   pools_.releaseAll();
+  tables_.clear();
+  writeHtml();
   lastFailure_ = 0;
   lastFailureDiag_ = DsDiag{};
   stepStart_ = std::chrono::steady_clock::now();  // the next step's clock
+}
+
+int ProcessHost::groupOpen(std::string_view name, std::string_view var, std::string_view label) {
+  return tables_.groupOpen(name, var, label);
+}
+int ProcessHost::groupClose() { return tables_.groupClose(); }
+int ProcessHost::tableOpen(const TableHead& head, TableHandle* out) { return tables_.tableOpen(head, out); }
+int ProcessHost::tableColumn(TableHandle t, const TableColumn& col) { return tables_.tableColumn(t, col); }
+int ProcessHost::tableColumnsEnd(TableHandle t) { return tables_.tableColumnsEnd(t); }
+int ProcessHost::tableValue(TableHandle t, std::string_view name, std::string_view text) {
+  return tables_.tableValue(t, name, text);
+}
+int ProcessHost::tableLine(TableHandle t, const FactoidLine& line) { return tables_.tableLine(t, line); }
+int ProcessHost::tableRow(TableHandle t, std::span<const TableCell> cells) {
+  return tables_.tableRow(t, cells);
+}
+int ProcessHost::tableClose(TableHandle t) { return tables_.tableClose(t); }
+TableHandle ProcessHost::tableFind(std::string_view name) const { return tables_.tableFind(name); }
+
+void ProcessHost::writeHtml() {
+  if (cfg_.htmlFile.empty()) return;
+  std::ofstream f(cfg_.htmlFile, std::ios::out | std::ios::trunc);
+  f << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
+       "<body>\n"
+    << html_ << "</body>\n</html>\n";
+  if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
 }
 
 }  // namespace qvt

@@ -22,6 +22,7 @@
 #include "host/dsengine.hpp"
 #include "host/host.hpp"
 #include "host/log_sink.hpp"
+#include "host/output_layer.hpp"
 #include "host/pool.hpp"
 #include "host/spool.hpp"
 
@@ -56,6 +57,13 @@ struct HostConfig {
   std::ostream* progressStream = nullptr;
   double progressAfter = 2.0;
   double progressEvery = 0.5;
+  // The listing of printed tables (--listing); empty: listingStream.
+  std::string listingFile;
+  // Where the listing goes without a listing file; null: standard output.
+  std::ostream* listingStream = nullptr;
+  // The HTML report (--html); empty: none. It is rewritten at the end of
+  // each step with every table so far, so a later failure keeps the rest.
+  std::string htmlFile;
   // Read buffer of CSV files in bytes; tests make it tiny.
   std::size_t csvBufferBytes = std::size_t{1} << 20;
 };
@@ -121,10 +129,23 @@ class ProcessHost : public Host {
   void progress(long long seriesDone) override;
   void stepEnd(int rc) override;
 
+  int groupOpen(std::string_view name, std::string_view var, std::string_view label) override;
+  int groupClose() override;
+  int tableOpen(const TableHead& head, TableHandle* out) override;
+  int tableColumn(TableHandle t, const TableColumn& col) override;
+  int tableColumnsEnd(TableHandle t) override;
+  int tableValue(TableHandle t, std::string_view name, std::string_view text) override;
+  int tableLine(TableHandle t, const FactoidLine& line) override;
+  int tableRow(TableHandle t, std::span<const TableCell> cells) override;
+  int tableClose(TableHandle t) override;
+  TableHandle tableFind(std::string_view name) const override;
+
  private:
   // Clears a progress line that stands on the terminal, so that the next
   // log line starts at the left margin.
   void clearProgress();
+  // Writes the HTML report with every table rendered so far.
+  void writeHtml();
 
   struct Library {
     std::string name;  // upper case
@@ -193,6 +214,10 @@ class ProcessHost : public Host {
   bool progressShown_ = false;
   DsDiag lastFailureDiag_;       // and its explanation, for msgRaw
   std::optional<std::string> lastOutput_;
+  std::ofstream listingFile_;
+  std::ostream* listing_;
+  std::string html_;  // the report's tables so far
+  OutputLayer tables_;
 };
 
 }  // namespace qvt

@@ -4,6 +4,7 @@
 
 #include "calendar/zintti.hpp"
 #include "output/qvtds.hpp"
+#include "report/qvto.hpp"
 #include "run/qvtin.hpp"
 
 namespace qvt {
@@ -78,15 +79,12 @@ void analysis(QVTCOM* com) {
     tr.nt = T;
     zinttts(in.y, in.pos, in.nobs, 0, T, com->notsorted, tr.work, tr.stats);
     if (com->ds.outtrend.fileid) qvtdtre(com);
-    // The printed trend table (qvtotre, when com->print.trends) reads the
-    // same tr.stats[0 .. T); it comes with the printed tables.
+    if (com->print.trends) qvtotre(com);
   }
   if (tr.ns > 1 && (tr.request == 1 || tr.request == 3)) {
     zinttss(in.y, in.pos, in.nobs, 0, T, tr.ns, tr.scodes, tr.work, tr.stats);
     if (com->ds.outseason.fileid) qvtdsea(com);
-    // The season table (when com->print.seasons, its first column
-    // seasonColumnWidth(tr.ns) wide) reads the same tr.stats[0 .. tr.ns); it
-    // comes with the printed tables.
+    if (com->print.seasons) qvtosea(com);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "output/qvtds.hpp"
 #include "run/dovqvt.hpp"
+#include "report/qvto.hpp"
 #include "smoothing/esmbest.hpp"
 #include "smoothing/esmfor.hpp"
 #include "statements/qvtpcodes.hpp"
@@ -112,23 +113,27 @@ int best(QVTCOM* com, int nseasons) {
     const int number = kMsgChoiceFailed - r1;
     return fail(number > kMsgChoiceFailed && number <= kMsgChoiceLast ? number : kMsgChoiceFailed);
   }
+  // The transformation of each candidate, for the selection table.
+  int trns[2 * std::size(kBestModels)];
+  std::fill(trns, trns + n1, autoTrns ? kTrnsNone : cur.trnscode);
+  std::fill(trns + n1, trns + n1 + n2, kTrnsLog);
   if (!autoTrns) {
     cur.modelcode = models[r1];
-    return 0;
+  } else {
+    // With AUTO the better of the two winners by the criterion; a tie keeps
+    // the data as they are.
+    const bool logWins = r1 < 0 || (r2 >= 0 && ztssfmc(criteria[r1], criteria[n1 + r2], f.select.code) > 0);
+    cur.modelcode = logWins ? models[n1 + r2] : models[r1];
+    cur.trnscode = logWins ? kTrnsLog : kTrnsNone;
+    qvtptrn(com, cur.trnscode, &cur.trnsname, &cur.trns);
   }
-  // With AUTO the better of the two winners by the criterion; a tie keeps
-  // the data as they are.
-  const bool logWins = r1 < 0 || (r2 >= 0 && ztssfmc(criteria[r1], criteria[n1 + r2], f.select.code) > 0);
-  cur.modelcode = logWins ? models[n1 + r2] : models[r1];
-  cur.trnscode = logWins ? kTrnsLog : kTrnsNone;
-  qvtptrn(com, cur.trnscode, &cur.trnsname, &cur.trns);
+  if (com->print.estimates) qvtosel(com, models, trns, criteria, n1 + n2);
   return 0;
 }
 
 int evaluation(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore) {
-  // Only OUTSTAT= reads these here: the statistics table (qvtosof) is not
-  // built.
-  if (!com->ds.outstat.fileid) return 0;
+  // OUTSTAT= and the statistics table read these.
+  if (!com->ds.outstat.fileid && !com->print.statistics) return 0;
   SF_STATS& st = com->outstat.stats;
   st = SF_STATS{};
   if (com->current.modelcode == kModelCroston) {
@@ -141,20 +146,22 @@ int evaluation(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fo
     ztssfme(kMissing, fore->actual, fore->predicted, com->current.nobs, esm->pest.nparms, &st);
   }
   qvtdsof(com, 0);
+  qvtosof(com, 0);
   return 0;
 }
 
 int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore) {
-  // The BACK= range for OUTSTAT=; the printed tables and the cross-series
-  // collector (ztscp*) that also read it are not built.
+  // The BACK= range for OUTSTAT= and the performance statistics table; the
+  // cross-series collector (ztscp*) that also reads it is not built.
   const long back = com->istmt.back;
-  if (!com->ds.outstat.fileid || back < 1) return 0;
+  if ((!com->ds.outstat.fileid && !com->print.statistics) || back < 1) return 0;
   SF_STATS& st = com->outstat.stats;
   st = SF_STATS{};
   if (com->current.modelcode == kModelCroston) {
     if (idm == nullptr) return 0;
     idmeval(idm, 1, 2, &st);
     qvtdsof(com, 1);
+    qvtosof(com, 1);
     return 0;
   }
   if (esm == nullptr) return 0;
@@ -174,6 +181,7 @@ int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* f
   }
   ztssfme(last, fore->actual + k, fore->predicted + k, m, 0, &st);
   qvtdsof(com, 1);
+  qvtosof(com, 1);
   return 0;
 }
 

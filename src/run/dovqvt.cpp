@@ -6,6 +6,7 @@
 
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
+#include "report/qvto.hpp"
 #include "run/qvtin.hpp"
 #include "run/qvtout.hpp"
 #include "statements/qvtpars.hpp"
@@ -13,18 +14,14 @@
 namespace qvt {
 namespace {
 
-// Printed tables and plots have no output layer in this build: a step that
-// asks for any says so once instead of printing nothing without a word.
-void notePrinting(QVTCOM* com) {
-  const auto& p = com->print;
+// Plots have no renderer in this build: a step that asks for one says so
+// once instead of drawing nothing without a word.
+void notePlots(QVTCOM* com) {
   const auto& g = com->plot;
-  const bool print = p.all || p.descstats || p.summary || p.estimates || p.states || p.forecasts ||
-                     p.statistics || p.trends || p.seasons || p.performance || p.performancesummary ||
-                     p.performanceoverall || p.summaryonly || p.overallonly || p.details || p.internal;
   const bool plot = g.all || g.basic || g.errors || g.acf || g.pacf || g.iacf || g.wn || g.corr ||
                     g.periodogram || g.spectrum || g.models || g.levels || g.trends || g.seasons ||
                     g.modelforecasts || g.forecasts || g.forecastsonly;
-  if (print || plot) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
+  if (plot) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
 }
 
 // Ends the group's series all at once: a frame no longer than BACK= leaves
@@ -76,7 +73,8 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   if (com->error != 0 || com->rc > kRcWarning) hostExit(host, com->rc, 0);
   qvtds(com);
   if (com->error != 0) hostExit(host, com->rc, 0);
-  notePrinting(com);
+  notePlots(com);
+  qvtoint(com);
 
   com->error = 0;
   com->memdef = 0;

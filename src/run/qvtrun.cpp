@@ -12,6 +12,7 @@
 #include "intermittent/idseries.hpp"
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
+#include "report/qvto.hpp"
 #include "run/append.hpp"
 #include "run/dovqvt.hpp"
 #include "run/qvtin.hpp"
@@ -160,6 +161,7 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   fore.date = com->out.id;
   fore.actual = com->out.y;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
+  if (com->print.forecasts) qvtofor(com, &fore, kModelCroston);
   if (memory(com) < 0) return;
 
   evaluation(com, idm, nullptr, &fore);
@@ -199,6 +201,7 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
       kMissing;
   if (lead > 0 && com->outsum.forlead != nullptr) vzfdl(kMissing, com->outsum.forlead, lead);
 
+  if (!com->print.none || !com->plot.none) qvtogrp(com, &v);
   getseries(com, k);
   if (com->trend.request != 0) analysis(com);
   accumulate(com, f.acc.code);
@@ -224,14 +227,15 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   const double first = n > 0 ? com->out.id[s] : (N > 0 ? com->out.id[0] : 0.0);
   cur.first = first;
   cur.last = n > 0 ? com->out.id[s + n - 1] : first;
-  // The description of the used range; the printed tables that also read it
-  // are not built.
+  // The description of the used range.
   if (com->ds.outsum.fileid || com->print.descstats || com->print.summary)
     ztssumm(cur.y, n, &com->outsum.stats);
+  if (com->print.descstats) qvtovar(com);
 
   if (method == kModelNone) {
     putresult(com);
     qvtdsum(com);
+    qvtosum(com, 1);
     return;
   }
   com->counts.requested += 1;
@@ -317,6 +321,8 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   }
 
   if (com->ds.outest.fileid) qvtdest(com, model.esm, nullptr);
+  if (com->print.estimates) qvtoest(com, model.esm);
+  if (com->print.states) qvtosta(com, model.esm);
   if (memory(com) < 0) return;
 
   FOR_OUT fore = resultVectors(com, f.alpha);
@@ -353,6 +359,7 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   fore.actual = com->out.y + s;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
   if (com->ds.outcomp.fileid) qvtdcmp(com, &fore);
+  if (com->print.forecasts) qvtofor(com, &fore, method);
   if (memory(com) < 0) return;
 
   evaluation(com, nullptr, model.esm, &fore);
@@ -361,6 +368,7 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   putresult(com);
   summation(com, model.esm, &fore);
   qvtdsum(com);
+  qvtosum(com, 1);
 }
 
 }  // namespace
@@ -381,6 +389,7 @@ bool failure(QVTCOM* com, int status) {
   com->current.status = status;
   putresult(com);
   qvtdsum(com);
+  qvtosum(com, 1);
   com->counts.failures += 1;
   return com->counts.failures <= com->maxerror;
 }
@@ -425,10 +434,13 @@ void qvtrun(QVTCOM* com) {
     idstrm(&dm.ids);
     idmtrm(&dm.idm);
   }
+  if (com->print.summary) qvtosum(com, 0);
   for (int k = 0; k < com->nvars; ++k) {
     runSeries(com, k, nseasons, dm);
     hostProgress(*com->host, com->counts.series);
   }
+  if (!com->print.none || !com->plot.none) qvtogrp(com, nullptr);
+  if (com->print.summary) qvtosum(com, 2);
   com->error = 0;
 }
 

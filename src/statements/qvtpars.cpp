@@ -219,10 +219,7 @@ void qvtpars(QVTCOM* com, const PROCSTR& stmts) {
 
   // 5. The procedure record, the IDM statement, the FORECAST statements.
   getopts(com, proc);
-  // NOT YET: getidm(com, proc) reads the IDM statement (its component
-  // options and BASE=) into com->idmspec and com->base. It comes with the
-  // intermittent models, which also bring IDMSPEC into QVTCOM; until then an
-  // IDM statement is parsed but not read, and com->base stays 0.
+  getidm(com, proc);
   getfors(com, stmts);
   if (com->rc >= kRcStatements) stop(com, com->rc);
 

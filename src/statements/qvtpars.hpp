@@ -27,6 +27,11 @@ void getopts(QVTCOM* com, const STMT& proc);
 // resolved against the input's variables. Needs getopts first.
 void getfors(QVTCOM* com, const PROCSTR& stmts);
 
+// The IDM statement (also written into the procedure record): com->idmspec
+// and com->base. Without the statement the defaults of idmsdft stand and
+// base is 0. All its problems are warnings (rc at most 4).
+void getidm(QVTCOM* com, const STMT& proc);
+
 // Sorts com->vars by name (names compare without regard to case, as the
 // input's variable names are unique that way).
 void sortnames(QVTCOM* com);

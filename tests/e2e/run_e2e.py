@@ -14,6 +14,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
       "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
       "absent_files": ["out.csv"],         # files that must not exist after the run
+      "tables": {"file": "report.html", "checks": [...]},  # printed tables of the HTML report,
+                                           # found by table and column name (see compare_tables)
       "fields": [{"step": 0, "record": 1, "field": 3, "value": 43}],  # qvt check: a field's value
       "bits": [{"step": 0, "record": 1, "set": [2]}],   # qvt check: exactly these flag bits are set
       "same_records": ["a.qvt", "b.qvt"],  # qvt check gives identical records for these programs
@@ -26,6 +28,7 @@ jsonl so that cases assert message numbers, not wording.
 """
 import argparse
 import csv
+import html.parser
 import json
 import math
 import os
@@ -84,6 +87,71 @@ def compare_csv(got_path, want_path, tol):
     return errors
 
 
+class ReportTables(html.parser.HTMLParser):
+    """The data tables of an HTML report: name -> (column names, rows of cell texts).
+    A table is a <section data-name=...>; its columns are the <th data-name=...>."""
+
+    def __init__(self):
+        super().__init__()
+        self.tables, self.name, self.cell = {}, None, None
+
+    def handle_starttag(self, tag, attrs):
+        a = dict(attrs)
+        if tag == "section" and "data-name" in a:
+            self.name = a["data-name"]
+            self.tables.setdefault(self.name, []).append(([], []))
+        elif self.name and tag == "th" and "data-name" in a:
+            self.tables[self.name][-1][0].append(a["data-name"])
+        elif self.name and tag == "tr":
+            self.tables[self.name][-1][1].append([])
+        elif self.name and tag == "td":
+            self.cell = ""
+
+    def handle_data(self, data):
+        if self.cell is not None:
+            self.cell += data
+
+    def handle_endtag(self, tag):
+        if tag == "td" and self.cell is not None:
+            self.tables[self.name][-1][1][-1].append(self.cell.strip())
+            self.cell = None
+        elif tag == "section":
+            self.name = None
+
+
+def compare_tables(path, checks, case_dir, tol):
+    """Each check names a table (its first instance in the report) and an
+    expected CSV. "rows": "last" with "columns" {table column: CSV column}
+    compares the table's rows with as many last rows of the CSV; "rows"
+    {table row index: CSV column} with "column" compares that column's cells
+    with the first CSV row. A "." cell stands for an empty CSV cell."""
+    if not os.path.exists(path):
+        return [f"{os.path.basename(path)} was not written"]
+    p = ReportTables()
+    with open(path, encoding="utf-8") as f:
+        p.feed(f.read())
+    errors = []
+    for c in checks:
+        cols, rows = p.tables.get(c["table"], [([], [])])[0]
+        rows = [r for r in rows if r]
+        with open(os.path.join(case_dir, c["expect"]), newline="", encoding="utf-8") as f:
+            want = list(csv.DictReader(f))
+        cell = lambda r, col: rows[r][cols.index(col)] if col in cols and r < len(rows) else "<absent>"
+        if c["rows"] == "last":
+            if not rows or len(rows) > len(want):
+                errors.append(f"{c['table']}: {len(rows)} rows for {len(want)} expected")
+                continue
+            tail = want[len(want) - len(rows):]
+            pairs = [(f"row {i} {tc}", cell(i, tc), w[wc])
+                     for i, w in enumerate(tail) for tc, wc in c["columns"].items()]
+        else:
+            pairs = [(f"row {ri} ({wc})", cell(int(ri), c["column"]), want[0][wc])
+                     for ri, wc in c["rows"].items()]
+        errors += [f"{c['table']} {at}: got {g!r}, expected {w!r}" for at, g, w in pairs
+                   if not cells_equal("" if g == "." else g, w, tol)]
+    return errors
+
+
 def contains(got, want, where="$"):
     if isinstance(want, dict):
         if not isinstance(got, dict):
@@ -133,6 +201,9 @@ def run_case(qvt, case_dir):
         for g, n in spec.get("absent", []):
             if (g, n) in seen:
                 errors.append(f"message {g}/{n} is in the log but must not be")
+        if "tables" in spec:
+            errors += compare_tables(os.path.join(work, spec["tables"]["file"]), spec["tables"]["checks"],
+                                     case_dir, tol)
         for produced, expected in spec.get("outputs", {}).items():
             p = os.path.join(work, produced)
             if not os.path.exists(p):

@@ -426,6 +426,17 @@ def main():
     write(os.path.join(c, "expect", "info.csv"), ["_SOURCE_", "_NAME_", "_STAGE_", "_VALUE_"],
           [("QVT", "SERIES", "ALL", 1), ("QVT", "REQUESTED", "ALL", 1), ("QVT", "FAILURES", "ALL", 0)])
 
+    # print_tables: the first 8 values of simple_one's series, SIMPLE, LEAD=2,
+    # with the printed Forecasts and FitStatistics tables in the HTML report.
+    # The tables must carry the numbers of the OUTFOR= and OUTSTAT= rows,
+    # which are the oracle's: its forecasts, and the fit over 8 predictions.
+    c = case_dir("print_tables")
+    write(os.path.join(c, "series.csv"), ["date", "sales"], zip(d24[:8], sales[:8]))
+    _, rows = esm.ses_rows(sales[:8], 2)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD,
+          outfor_rows("sales", months(2020, 1, 10), rows))
+    write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
+          [[cell(v) for v in fit_row("sales", "FIT", sales[:8], [r[1] for r in rows[:8]], 1)]])
 
 if __name__ == "__main__":
     main()

@@ -1,0 +1,305 @@
+// The printed tables, seen through a host that keeps every closed table as
+// data. Expected values follow the rules of each table, worked by hand.
+#include <algorithm>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/output_layer.hpp"
+#include "report/qvto.hpp"
+
+namespace qvt {
+namespace {
+
+class CaptureHost : public Host {
+ public:
+  std::vector<Table> tables;
+  OutputLayer layer{[this](const Table& t) { tables.push_back(t); }};
+  void msgLog(int, int, std::span<const MsgArg>, const SourcePos*) override {}
+  int groupOpen(std::string_view n, std::string_view v, std::string_view l) override { return layer.groupOpen(n, v, l); }
+  int groupClose() override { return layer.groupClose(); }
+  int tableOpen(const TableHead& h, TableHandle* o) override { return layer.tableOpen(h, o); }
+  int tableColumn(TableHandle t, const TableColumn& c) override { return layer.tableColumn(t, c); }
+  int tableColumnsEnd(TableHandle t) override { return layer.tableColumnsEnd(t); }
+  int tableValue(TableHandle t, std::string_view n, std::string_view x) override { return layer.tableValue(t, n, x); }
+  int tableLine(TableHandle t, const FactoidLine& l) override { return layer.tableLine(t, l); }
+  int tableRow(TableHandle t, std::span<const TableCell> c) override { return layer.tableRow(t, c); }
+  int tableClose(TableHandle t) override { return layer.tableClose(t); }
+  TableHandle tableFind(std::string_view n) const override { return layer.tableFind(n); }
+
+  std::vector<std::string> names() const {
+    std::vector<std::string> v;
+    for (const Table& t : tables) v.push_back(t.head.name);
+    return v;
+  }
+  static std::vector<std::string> cols(const Table& t) {
+    std::vector<std::string> v;
+    for (const TableColumn& c : t.cols) v.push_back(c.name);
+    return v;
+  }
+  static std::string value(const Table& t, std::string_view name) {
+    for (const TableValue& v : t.values)
+      if (v.name == name) return v.text;
+    return "<none>";
+  }
+};
+
+double num(const TableCell& c) { return std::get<double>(c); }
+
+// forformat's decimal steps at both sides of each boundary; the expected
+// decimals are read off its table of cases (84 stands for free).
+TEST(ForFormat, DecimalsAtTheBoundaries) {
+  struct Case {
+    double v;
+    int decimals;
+  };
+  const Case cases[] = {{1e10, 84},      {9999999999.0, 0}, {1e9, 0},     {999999999.0, 1}, {1e8, 1},
+                        {99999999.0, 2}, {1e7, 2},          {9999999.0, 3}, {1e6, 3},       {999999.0, 4},
+                        {10.0, 4},       {9.99, 5},         {0.1, 5},     {0.0999, 6},      {0.01, 6},
+                        {0.0099, 7},     {0.0011, 7},       {0.001, 84},  {-2e7, 2},        {0.0, 84}};
+  for (const Case& c : cases) {
+    const double v[] = {kMissing, c.v, kMissing};
+    const double* vecs[] = {v, nullptr};
+    EXPECT_EQ(forformat(vecs, 2, 0, 2), c.decimals) << c.v;
+  }
+  // The smallest value decides "free", and only rows first..last count.
+  const double a[] = {0.0005, 500.0, 5.0};
+  const double b[] = {1e12, 3.0, 50.0};
+  const double* both[] = {a, b};
+  EXPECT_EQ(forformat(both, 2, 1, 2), 4);
+  EXPECT_EQ(forformat(both, 2, 0, 2), 84);
+  EXPECT_EQ(forformat(both, 1, 1, 1), 4);
+  const double* none[] = {nullptr};
+  EXPECT_EQ(forformat(none, 1, 0, 0), 84);  // nothing to measure: the start values fall through
+}
+
+TEST(ForFormat, ObsWidthsAndConfidence) {
+  const std::pair<double, int> widths[] = {{1, 4},       {9999, 4},       {10000, 5},       {99999, 5},
+                                           {100000, 6},  {9999999, 7},    {100000000, 9},   {9999999999.0, 10},
+                                           {1e10, 20}};
+  for (auto [v, w] : widths) EXPECT_EQ(obsformat(v), w) << v;
+  // ALPHA= is cut to 0.01..0.99; p = floor(100 alpha + 0.4999999999); 100 - p in two places.
+  const std::pair<double, const char*> conf[] = {{0.05, "95"},  {0.001, "99"}, {0.999, " 1"},
+                                                 {0.095, "91"}, {0.905, "10"}, {0.915, " 9"}};
+  for (auto [a, s] : conf) EXPECT_EQ(confidenceText(a), s) << a;
+}
+
+struct Fixture : ::testing::Test {
+  CaptureHost h;
+  QVTCOM com;
+  FORSTMT f;
+  VAR v;
+  void SetUp() override {
+    com.host = &h;
+    v.name.set("units");
+    v.fstmt = &f;
+    com.current.varptr = &v;
+    com.current.var = v.name;
+  }
+};
+
+// Forecasts of a frame of 6 periods with BACK=1 and LEAD=2: tobs = 8, the
+// used range is periods 0..4, fore.n = 5 + 2 = 7 rows, and row t is period t.
+TEST_F(Fixture, ForecastRowsObsAndColumns) {
+  double pred[7] = {100, 101, 102, 103, 104, 105, 106};
+  double act[7] = {100.5, 101.5, 102.5, 103.5, 104.5, 105.5, kMissing};
+  FOR_OUT fore;
+  fore.n = 7;
+  fore.predicted = pred;
+  fore.actual = act;
+  com.istmt.lead = 2;
+  com.istmt.back = 1;
+  com.out.nobs = 6;
+  com.out.tobs = 8;
+  f.alpha = 0.001;
+  com.print.forecasts = 1;
+  qvtofor(&com, &fore, 2);
+  com.print.details = 1;
+  qvtofor(&com, &fore, 7);
+  com.op.nooutall = 1;
+  qvtofor(&com, &fore, 5);
+  ASSERT_EQ(h.tables.size(), 3u);
+  const Table& last2 = h.tables[0];
+  EXPECT_EQ(CaptureHost::cols(last2), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper"}));
+  ASSERT_EQ(last2.rows.size(), 2u);
+  // Obs = t - n - back + tobs + 1: rows 5 and 6 are observations 6 and 7.
+  EXPECT_EQ(num(last2.rows[0][0]), 6);
+  EXPECT_EQ(num(last2.rows[1][0]), 7);
+  EXPECT_TRUE(wzmis(num(last2.rows[1][2])));  // a null vector shows missing
+  EXPECT_EQ(last2.cols[0].width, 4);
+  EXPECT_EQ(last2.cols[1].decimals, 4);  // largest shown 106.5: four decimals
+  EXPECT_NE(last2.cols[3].label.find("99"), std::string::npos);
+  EXPECT_EQ(CaptureHost::value(last2, "Lead"), "2");
+  const Table& all = h.tables[1];
+  EXPECT_EQ(CaptureHost::cols(all), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper", "Actual",
+                                                             "Error", "Level", "Trend", "Season"}));
+  ASSERT_EQ(all.rows.size(), 7u);
+  EXPECT_EQ(all.cols[6].decimals, kColFree);
+  EXPECT_EQ(CaptureHost::cols(h.tables[2]),
+            (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper", "Level", "Season"}));
+}
+
+// Each table appears exactly under its PRINT= flag.
+TEST_F(Fixture, TablesFollowThePrintFlags) {
+  WINMODEL esm;
+  esm.spec.code = 6;
+  esm.ts.nseasons = 4;
+  esm.pest.parms = {0.2, 0.1, 0.3};
+  esm.svi.trend = 2.5;
+  esm.startvals.sfactor = {1, 2, 3, 4};
+  FOR_OUT fore;
+  const auto run = [&] {
+    h.tables.clear();
+    qvtovar(&com);
+    qvtoest(&com, &esm);
+    qvtosta(&com, &esm);
+    qvtosof(&com, 0);
+    qvtosof(&com, 1);
+    qvtofor(&com, &fore, 6);
+    return h.names();
+  };
+  using N = std::vector<std::string>;
+  EXPECT_EQ(run(), N{});
+  const std::pair<char*, N> flags[] = {
+      {&com.print.descstats, N{"DescStats"}},
+      {&com.print.estimates, N{"ParameterEstimates"}},
+      {&com.print.states, N{"SmoothedStates"}},
+      {&com.print.statistics, N{"FitStatistics", "PerformanceStatistics"}},
+      {&com.print.forecasts, N{"Forecasts"}},
+  };
+  for (const auto& [flag, want] : flags) {
+    *flag = 1;
+    EXPECT_EQ(run(), want);
+    *flag = 0;
+  }
+  com.print.estimates = com.print.states = 1;
+  run();
+  ASSERT_EQ(h.tables.size(), 2u);
+  EXPECT_EQ(h.tables[0].rows.size(), 3u);  // Winters: level, trend, season weights
+  const Table& st = h.tables[1];
+  EXPECT_EQ(CaptureHost::cols(st),
+            (N{"State", "Level", "Trend", "Season1", "Season2", "Season3", "Season4"}));
+  EXPECT_EQ(num(st.rows[0][2]), -2.5);  // the backcast's trend turned
+  EXPECT_TRUE(wzmis(num(st.rows[0][3])));  // no factors in the backcast state
+}
+
+// The summary tables stay open over the group: one row a series.
+TEST_F(Fixture, SummaryOverAGroup) {
+  double forlead[3] = {1, 2, 3};
+  com.outsum.forlead = forlead;
+  com.istmt.lead = 3;
+  com.print.summary = 1;
+  qvtosum(&com, 0);
+  qvtosum(&com, 1);
+  forlead[2] = 30;
+  qvtosum(&com, 1);
+  qvtosum(&com, 2);
+  ASSERT_EQ(h.names(), (std::vector<std::string>{"ForecastSummary", "ForecastSummation"}));
+  const Table& s = h.tables[0];
+  ASSERT_EQ(s.rows.size(), 2u);
+  EXPECT_EQ(s.cols[3].name, "Horizon3");
+  EXPECT_EQ(num(s.rows[1][3]), 30);
+  EXPECT_EQ(CaptureHost::value(s, "Last"), "Horizon3");
+}
+
+// The winner is marked on the one row whose model and transformation both
+// match; the same model untransformed or another model is not.
+TEST_F(Fixture, SelectionMarksOnlyTheChosenCandidate) {
+  com.print.estimates = 1;
+  com.current.modelcode = 2;
+  com.current.trnscode = kTrnsLog;
+  const int models[] = {1, 2, 1, 2};
+  const int trns[] = {kTrnsNone, kTrnsNone, kTrnsLog, kTrnsLog};
+  const double crit[] = {4.0, 3.0, 2.0, 1.0};
+  qvtosel(&com, models, trns, crit, 4);
+  const Table& t = h.tables[0];
+  ASSERT_EQ(t.rows.size(), 4u);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(std::get<std::string>(t.rows[i][2]).empty(), i != 3) << i;
+    EXPECT_EQ(num(t.rows[i][1]), crit[i]);
+  }
+}
+
+// Groups and the "Variable" table: nothing when neither tables nor plots
+// are asked for, a group without its table for PRINT=SUMMARY alone.
+TEST_F(Fixture, GroupsAndStepTables) {
+  com.print.none = com.plot.none = 1;
+  qvtoint(&com);
+  qvtogrp(&com, &v);
+  EXPECT_TRUE(h.tables.empty());
+  com.print.none = 0;
+  com.print.summaryonly = 1;
+  qvtogrp(&com, &v);
+  EXPECT_TRUE(h.tables.empty());
+  com.print.summaryonly = 0;
+  com.in.nobs = 12;
+  com.istmt.lead = 4;
+  qvtoint(&com);
+  qvtogrp(&com, &v);
+  ASSERT_EQ(h.names(), (std::vector<std::string>{"DataSet", "Variable"}));
+  // No ID statement: name, label, season length, lead; BACK= 0 adds no line.
+  EXPECT_EQ(h.tables[0].lines.size(), 4u);
+  EXPECT_EQ(CaptureHost::value(h.tables[1], "Nobs"), "12");
+  EXPECT_EQ(h.tables[1].head.templ, "QVT.QVT.Variable");
+}
+
+// A failed call of the output layer ends the step, except on a host that
+// has no output layer at all, where the tables are silently left out.
+TEST_F(Fixture, FailedLayerCallEndsTheStep) {
+  struct Refusing : CaptureHost {
+    int code = kHostIoError;
+    int tableColumn(TableHandle, const TableColumn&) override { return code; }
+  } r;
+  com.host = &r;
+  com.print.descstats = 1;
+  qvtovar(&com);  // a factoid table defines no column
+  EXPECT_EQ(r.tables.size(), 1u);
+  com.print.statistics = 1;
+  EXPECT_THROW(qvtosof(&com, 0), StepExit);
+  EXPECT_EQ(com.rc, 2000);
+  r.code = kHostUnsupported;
+  com.rc = 0;
+  EXPECT_NO_THROW(qvtosof(&com, 0));
+  EXPECT_EQ(com.rc, 0);
+}
+
+// The listing of a small table, written from the layout rules: a column is
+// as wide as its width, label and cells; numbers right, texts left.
+TEST(Listing, GoldenText) {
+  Table t;
+  t.head.title = "T";
+  t.values = {{"Variable", "y"}};
+  t.cols = {{"P", "Parameter", ColType::Text, 3, kColFree, {}, {}},
+            {"E", "Est", ColType::Double, 6, 2, {}, {}},
+            {"N", "N", ColType::Long, 2, 0, {}, {}}};
+  t.rows = {{std::string("Lv"), 0.126, 7.0}, {std::string("Trend"), kMissing, 12.0}};
+  EXPECT_EQ(renderListing(t),
+            "T\nVariable: y\n\n"
+            "Parameter     Est   N\n"
+            "---------  ------  --\n"
+            "Lv           0.13   7\n"
+            "Trend           .  12\n\n");
+}
+
+TEST(OutputLayer, CallOrderCodes) {
+  std::vector<Table> got;
+  OutputLayer l([&](const Table& t) { got.push_back(t); });
+  TableHandle t;
+  EXPECT_EQ(l.tableOpen(TableHead{}, &t), kHostBadArgument);
+  ASSERT_EQ(l.tableOpen(TableHead{"X", "Q.X", TableKind::Data, "x", ""}, &t), kHostOk);
+  const TableCell one[] = {1.0};
+  EXPECT_EQ(l.tableRow(t, one), kHostWrongState);
+  EXPECT_EQ(l.tableColumn(t, TableColumn{"a", "", ColType::Double, 1, 0, {}, {}}), kHostOk);
+  EXPECT_EQ(l.tableColumnsEnd(t), kHostOk);
+  EXPECT_EQ(l.tableColumn(t, TableColumn{"b", "", ColType::Double, 1, 0, {}, {}}), kHostWrongState);
+  EXPECT_EQ(l.tableRow(t, {}), kHostBadArgument);
+  EXPECT_EQ(l.tableRow(t, one), kHostOk);
+  EXPECT_EQ(l.tableFind("X"), t);
+  EXPECT_EQ(l.tableClose(t), kHostOk);
+  EXPECT_EQ(l.tableClose(t), kHostBadHandle);
+  ASSERT_EQ(got.size(), 1u);
+  EXPECT_EQ(got[0].rows.size(), 1u);
+}
+
+}  // namespace
+}  // namespace qvt
