@@ -26,17 +26,6 @@ void describe(Host& h, DATASETS& ds) {
   if (ds.display.empty()) ds.display.set(f.display);
 }
 
-// Data sets whose definitions and rows come with the trend, season and run
-// information outputs. Until then an asked-for one is closed unused, with a
-// note, rather than filled half.
-void notYet(QVTCOM* com, DATASETS& ds, const char* option) {
-  if (!ds.fileid) return;
-  Host& h = *com->host;
-  hostMsgLog(h, kMsgProc, kMsgNotWrittenYet, {ds.display.str(), std::string(option)});
-  hostDsClose(h, ds.fileid);
-  ds.fileid = DsHandle{};
-}
-
 }  // namespace
 
 void outest(QVTCOM* com) {
@@ -261,8 +250,8 @@ void qvtds(QVTCOM* com) {
   if (ds.outcomp.fileid) outcomp(com);
   if (ds.outsum.fileid) outsum(com);
   if (ds.outstat.fileid) outstat(com);
-  notYet(com, ds.outtrend, "OUTTREND=");
-  notYet(com, ds.outseason, "OUTSEASON=");
+  if (ds.outtrend.fileid) outtrend(com);
+  if (ds.outseason.fileid) outseason(com);
 
   inout(com);
   if (com->error == 0) nobs(com);

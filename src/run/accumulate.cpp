@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "calendar/zintti.hpp"
+#include "output/qvtds.hpp"
 #include "report/qvto.hpp"
 #include "run/qvtin.hpp"
 
@@ -77,14 +78,12 @@ void analysis(QVTCOM* com) {
   if (tr.request == 2 || tr.request == 3) {
     tr.nt = T;
     zinttts(in.y, in.pos, in.nobs, 0, T, com->notsorted, tr.work, tr.stats);
-    // The OUTTREND= rows (qvtdtre, when com->ds.outtrend.fileid is open) are
-    // written here from tr.stats[0 .. T) by output code still to come.
+    if (com->ds.outtrend.fileid) qvtdtre(com);
     if (com->print.trends) qvtotre(com);
   }
   if (tr.ns > 1 && (tr.request == 1 || tr.request == 3)) {
     zinttss(in.y, in.pos, in.nobs, 0, T, tr.ns, tr.scodes, tr.work, tr.stats);
-    // The OUTSEASON= rows (qvtdsea, when com->ds.outseason.fileid is open)
-    // are written here from tr.stats[0 .. tr.ns) by output code still to come.
+    if (com->ds.outseason.fileid) qvtdsea(com);
     if (com->print.seasons) qvtosea(com);
   }
 }

@@ -131,25 +131,40 @@ int best(QVTCOM* com, int nseasons) {
   return 0;
 }
 
-int evaluation(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore) {
-  // OUTSTAT= and the statistics table read these; the intermittent model's
-  // evaluation (idmeval) is not built.
-  if ((!com->ds.outstat.fileid && !com->print.statistics) || esm == nullptr) return 0;
+int evaluation(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore) {
+  // OUTSTAT= and the statistics table read these.
+  if (!com->ds.outstat.fileid && !com->print.statistics) return 0;
   SF_STATS& st = com->outstat.stats;
   st = SF_STATS{};
-  ztssfme(kMissing, fore->actual, fore->predicted, com->current.nobs, esm->pest.nparms, &st);
+  if (com->current.modelcode == kModelCroston) {
+    // The demand sizes of the fit and hold-out range against what the
+    // forecast rate accumulates over each interval.
+    if (idm == nullptr) return 0;
+    idmeval(idm, 1, 1, &st);
+  } else {
+    if (esm == nullptr) return 0;
+    ztssfme(kMissing, fore->actual, fore->predicted, com->current.nobs, esm->pest.nparms, &st);
+  }
   qvtdsof(com, 0);
   qvtosof(com, 0);
   return 0;
 }
 
-int performance(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore) {
+int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore) {
   // The BACK= range for OUTSTAT= and the performance statistics table; the
   // cross-series collector (ztscp*) that also reads it is not built.
   const long back = com->istmt.back;
-  if ((!com->ds.outstat.fileid && !com->print.statistics) || esm == nullptr || back < 1) return 0;
+  if ((!com->ds.outstat.fileid && !com->print.statistics) || back < 1) return 0;
   SF_STATS& st = com->outstat.stats;
   st = SF_STATS{};
+  if (com->current.modelcode == kModelCroston) {
+    if (idm == nullptr) return 0;
+    idmeval(idm, 1, 2, &st);
+    qvtdsof(com, 1);
+    qvtosof(com, 1);
+    return 0;
+  }
+  if (esm == nullptr) return 0;
   // With BACK= above LEAD the forecasts stop short of the input's end; the
   // statistics then cover the BACK= periods that have forecast cells.
   const long k = com->out.nobs - back - com->current.start;
@@ -186,6 +201,11 @@ int summation(QVTCOM* com, WINMODEL* esm, const FOR_OUT* fore) {
       s.lower = fore->lower[n - 1];
       s.upper = fore->upper[n - 1];
     }
+  } else if (com->current.modelcode == kModelCroston) {
+    // The demand-rate forecast is flat, so the sum over the leads is a
+    // product; no limits of a sum exist for it.
+    const double p = fore->predicted[n - L];
+    s.pred = wzmis(p) ? kMissing : (L - S + 1) * p;
   } else if (com->current.trnscode == kTrnsNone && esm != nullptr) {
     // The sum of the leads STARTSUM+1 .. LEAD of the forecast range, with
     // the limits of a sum from the model's moving-average weights.

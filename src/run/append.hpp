@@ -3,6 +3,7 @@
 // series and the forecast columns of the summary row.
 #pragma once
 
+#include "intermittent/idmodel.hpp"
 #include "run/qvtcom.hpp"
 #include "smoothing/esmtypes.hpp"
 
@@ -12,11 +13,12 @@ namespace qvt {
 // explicit transformation passes through; 0, or -1 after its message.
 int best(QVTCOM* com, int nseasons);
 
-// In-sample statistics of fit; always 0.
-int evaluation(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore);
+// In-sample statistics of fit, of the intermittent model idm when the series
+// has one, else of the smoothing model esm; always 0.
+int evaluation(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore);
 
 // Statistics of the BACK= range; always 0.
-int performance(QVTCOM* com, const WINMODEL* esm, const FOR_OUT* fore);
+int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore);
 
 // The forecast columns of the summary row; always 0.
 int summation(QVTCOM* com, WINMODEL* esm, const FOR_OUT* fore);

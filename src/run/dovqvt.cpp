@@ -85,6 +85,7 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   }
 
   if (com->nvars >= 2) qvtend(com);
+  qvtdinf(com);
   if (com->counts.failures > com->maxerror) hostMsgLog(host, kMsgProc, kMsgFailuresCut);
   hostMsgLog(host, kMsgProc, kMsgSeriesTotal, {static_cast<long long>(com->counts.series)});
   hostMsgLog(host, kMsgProc, kMsgRequestedTotal, {static_cast<long long>(com->counts.requested)});

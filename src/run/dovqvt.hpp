@@ -51,7 +51,6 @@ enum RunMsg : int {
   kMsgChoiceLast = 2058,
   // Stages of the run that this build does not have yet; each ends the
   // series through the ordinary failure path, or is noted once per step.
-  kMsgIntermittentNotBuilt = 2092,  // (variable, model)
   kMsgPrintNotBuilt = 2093,         // ()
 };
 

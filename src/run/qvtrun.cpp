@@ -8,6 +8,8 @@
 
 #include "calendar/zintcycle.hpp"
 #include "calendar/zintti.hpp"
+#include "intermittent/idmodel.hpp"
+#include "intermittent/idseries.hpp"
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
 #include "report/qvto.hpp"
@@ -30,6 +32,21 @@ struct ModelGuard {
   ModelGuard(const ModelGuard&) = delete;
   ModelGuard& operator=(const ModelGuard&) = delete;
   ~ModelGuard() { esmtrm(esm); }
+};
+
+// The demand series and the intermittent model of a BY group: made once for
+// the group and reloaded for each series; every way out of the group frees
+// them.
+struct DemandGuard {
+  IDSERIES* ids = nullptr;
+  IDMODEL* idm = nullptr;
+  DemandGuard() = default;
+  DemandGuard(const DemandGuard&) = delete;
+  DemandGuard& operator=(const DemandGuard&) = delete;
+  ~DemandGuard() {
+    idstrm(&ids);
+    idmtrm(&idm);
+  }
 };
 
 // The message of a failed esmint, esmfit or esmprd; none for memory (-100),
@@ -86,9 +103,78 @@ bool transformSeries(QVTCOM* com, long n) {
   return false;
 }
 
+// Clears the result vectors of out and points a forecast at them.
+FOR_OUT resultVectors(QVTCOM* com, double alpha) {
+  const long tobs = com->out.tobs;
+  for (double* vec : {com->out.predict, com->out.upper, com->out.lower, com->out.error, com->out.std,
+                      com->out.level, com->out.trend, com->out.season})
+    vzfdl(kMissing, vec, static_cast<std::size_t>(tobs));
+  FOR_OUT fore;
+  fore.alpha = alpha;
+  fore.predicted = com->out.predict;
+  fore.residual = com->out.error;
+  fore.upper = com->out.upper;
+  fore.lower = com->out.lower;
+  fore.std = com->out.std;
+  fore.level = com->out.level;
+  fore.trend = com->out.trend;
+  fore.season = com->out.season;
+  return fore;
+}
+
+// The intermittent path of a series whose demand series is loaded and
+// transformed: the model is chosen and fitted on the demands, its demand
+// rate spread over the whole frame. The used range is the whole frame
+// whatever its missing ends, since a missing or zero period is no demand.
+void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
+  Host& host = *com->host;
+  auto& cur = com->current;
+  const long back = com->istmt.back;
+  const int lead = com->istmt.lead;
+  cur.modelcode = kModelCroston;
+  cur.nobs = com->out.nobs - back;
+  cur.lead = lead;
+  cur.start = 0;
+  cur.y = com->out.y;
+  cur.first = com->out.id[0];
+  cur.last = cur.nobs > 0 ? com->out.id[cur.nobs - 1] : cur.first;
+  const auto fail = [&](int status, int r) {
+    if (failure(com, status)) idmmsg(host, idm, r, &cur.var);
+  };
+  int r = idmset(idm, ids);
+  if (r < 0) return fail(kStatusForecast, r);
+  if (memory(com) < 0) return;
+  r = idmsel(idm, f.alpha);
+  if (r < 0) return fail(kStatusNoData, r);
+  if (memory(com) < 0) return;
+  r = idmfit(idm, 1);
+  if (r < 0) return fail(kStatusEstimation, r);
+
+  if (com->ds.outest.fileid) qvtdest(com, nullptr, idm);
+  if (memory(com) < 0) return;
+
+  FOR_OUT fore = resultVectors(com, f.alpha);
+  r = idmdem(idm, 1, f.alpha);
+  if (r >= 0)
+    r = idmprd(idm, com->out.y, com->out.nobs, back, kMissing, com->out.id[0], lead, f.alpha, &fore);
+  if (r < 0) return fail(kStatusForecast, r);
+  fore.date = com->out.id;
+  fore.actual = com->out.y;
+  if (com->ds.outfor.fileid) qvtdfor(com, &fore);
+  if (com->print.forecasts) qvtofor(com, &fore, kModelCroston);
+  if (memory(com) < 0) return;
+
+  evaluation(com, idm, nullptr, &fore);
+  performance(com, idm, nullptr, &fore);
+  append(com, &fore, com->out.y);
+  putresult(com);
+  summation(com, nullptr, &fore);
+  qvtdsum(com);
+}
+
 // One series, from its raw records to its rows. Every return is the end of
 // the series; the caller goes on with the next one.
-void runSeries(QVTCOM* com, int k, int nseasons) {
+void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   Host& host = *com->host;
   VAR& v = com->vars[k];
   const FORSTMT& f = *v.fstmt;
@@ -160,11 +246,57 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   long hd = 0;
   holdouts(com, f, n, &hd);
 
-  // The intermittent-demand path and the decision for it are not in this
-  // build; such a series ends as one whose demand series can't be set up.
-  if (method == kModelBestAll || method == kModelCroston) {
-    if (failure(com, kStatusForecast))
-      hostMsgLog(host, kMsgProc, kMsgIntermittentNotBuilt, {cur.var.str(), f.model.name.str()});
+  // Intermittent or smoothing. BESTALL asks the demand series first: a
+  // series goes the intermittent way only when its demands are far enough
+  // apart (the median interval at least INTERMITTENT=) and it has more than
+  // one demand and more than one value.
+  IDSERIES* ids = dm.ids;
+  IDMODEL* idm = dm.idm;
+  IDMSPEC spec = com->idmspec;
+  spec.select = f.select.code;
+  spec.specified = 1;
+  const auto loadDemands = [&]() {
+    return idsset(ids, com->out.nobs, com->out.y, com->out.id, nullptr, com->base, hd, back);
+  };
+  const auto transformDemands = [&]() {
+    return idstrn(ids, spec.intv.trnscode, spec.intv.trnsparm, spec.size.trnscode, spec.size.trnsparm,
+                  spec.adem.trnscode, spec.adem.trnsparm);
+  };
+  if (method == kModelBestAll) {
+    if (ids == nullptr || idm == nullptr) {
+      method = kModelBest;
+    } else {
+      loadDemands();  // what it found decides below; a failure shows in idstrn
+      idmspc(idm, &spec, 1);
+      const int r = transformDemands();
+      idsss(ids, 1, 2);
+      double p = kMissing;
+      if (r < 0 || idsdti(ids, 1, &p) < 0 || ids->nsample + ids->nholdout < 2 || ids->ndistinct == 1 ||
+          wzmis(p) || p < f.intermittent)
+        method = kModelBest;
+      else
+        method = kModelCroston;
+    }
+  } else if (method == kModelCroston) {
+    if (ids == nullptr || idm == nullptr) {
+      if (failure(com, kStatusForecast)) hostMsgLog(host, kMsgProc, kMsgSeriesMemory, {cur.var.str()});
+      return;
+    }
+    int r = loadDemands();
+    if (r < 0) {
+      if (failure(com, kStatusForecast)) idsmsg(host, ids, r, &com->id.name, &cur.var);
+      return;
+    }
+    idmspc(idm, &spec, 1);
+    r = transformDemands();
+    if (r < 0) {
+      if (failure(com, kStatusTransform)) idsmsg(host, ids, r, &com->id.name, &cur.var);
+      return;
+    }
+    idsss(ids, 1, 2);
+  }
+  if (method == kModelCroston) {
+    runDemands(com, f, ids, idm);
     return;
   }
 
@@ -188,27 +320,12 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
     return;
   }
 
-  if (com->ds.outest.fileid) qvtdest(com, model.esm);
+  if (com->ds.outest.fileid) qvtdest(com, model.esm, nullptr);
   if (com->print.estimates) qvtoest(com, model.esm);
   if (com->print.states) qvtosta(com, model.esm);
   if (memory(com) < 0) return;
 
-  // The result vectors of the forecast: out's, from the first used period.
-  const long tobs = com->out.tobs;
-  for (double* vec : {com->out.predict, com->out.upper, com->out.lower, com->out.error, com->out.std,
-                      com->out.level, com->out.trend, com->out.season})
-    vzfdl(kMissing, vec, static_cast<std::size_t>(tobs));
-  FOR_OUT fore;
-  fore.alpha = f.alpha;
-  fore.predicted = com->out.predict;
-  fore.residual = com->out.error;
-  fore.upper = com->out.upper;
-  fore.lower = com->out.lower;
-  fore.std = com->out.std;
-  fore.level = com->out.level;
-  fore.trend = com->out.trend;
-  fore.season = com->out.season;
-
+  FOR_OUT fore = resultVectors(com, f.alpha);
   r = esmprd(model.esm, cur.x, n, first, com->istmt.scode53, f.alpha, static_cast<int>(cur.lead), &fore);
   if (r < 0) {
     if (failure(com, kStatusForecast)) modelMessage(com, r);
@@ -245,8 +362,8 @@ void runSeries(QVTCOM* com, int k, int nseasons) {
   if (com->print.forecasts) qvtofor(com, &fore, method);
   if (memory(com) < 0) return;
 
-  evaluation(com, model.esm, &fore);
-  performance(com, model.esm, &fore);
+  evaluation(com, nullptr, model.esm, &fore);
+  performance(com, nullptr, model.esm, &fore);
   append(com, &fore, com->out.y);
   putresult(com);
   summation(com, model.esm, &fore);
@@ -309,9 +426,17 @@ void qvtrun(QVTCOM* com) {
     zintscd(com->istmt.intv, com->out.id[0], com->istmt.scode53, com->out.nobs, com->trend.scodes,
             &com->trend.ns);
   }
+  // One demand series and one intermittent model serve the whole group;
+  // without them (memory) the intermittent series fail one by one.
+  DemandGuard dm;
+  const INTERVAL& intv = com->istmt.intv;
+  if (idsint(0, 0, &intv, &com->istmt.align, nseasons, &dm.ids) < 0 || idmint(0, 0, &dm.idm) < 0) {
+    idstrm(&dm.ids);
+    idmtrm(&dm.idm);
+  }
   if (com->print.summary) qvtosum(com, 0);
   for (int k = 0; k < com->nvars; ++k) {
-    runSeries(com, k, nseasons);
+    runSeries(com, k, nseasons, dm);
     hostProgress(*com->host, com->counts.series);
   }
   if (!com->print.none || !com->plot.none) qvtogrp(com, nullptr);

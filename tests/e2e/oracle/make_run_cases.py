@@ -12,7 +12,9 @@ import datetime
 import math
 import os
 import random
+import statistics
 
+import croston
 import esm
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -340,6 +342,89 @@ def main():
     write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
           [[cell(v) for v in fit_row("s", "FIT", sales[:20], [r[1] for r in fit[:20]], 1)],
            [cell(v) for v in fit_row("s", "FORECAST", sales[20:], [fit[20][1]] * 4, 0, last=sales[19])]])
+
+    # croston: Croston's method with SIMPLE smoothing of intervals and sizes
+    # and no transformation (the IDM statement) on 44 months with 14 demands
+    # whose sizes grow and whose intervals shorten, so both weights lie inside
+    # their bounds; the last demand lies 10 months back, so the interval
+    # forecast is the elapsed time. z has no demand at all: it fails alone (status 6000, message
+    # 8111 with its name) and keeps its history in OUT=.
+    c = case_dir("croston")
+    d44 = months(2021, 1, 44)
+    demand = [0.0] * 44
+    for t, v in zip([1, 5, 9, 12, 16, 19, 21, 23, 24, 26, 28, 29, 31, 34], [3, 2, 4, 3, 5, 4, 6, 7, 6, 8, 7, 9, 8, 10]):
+        demand[t] = float(v)
+    write(os.path.join(c, "demand.csv"), ["date", "a", "z"], [(d, v, 0) for d, v in zip(d44, demand)])
+    rows, (wi, ws), rate = croston.croston(demand, 4)
+    d48 = months(2021, 1, 48)
+    crow = [(a, p, lo, up, st, sd) for (p, sd, lo, up, st), a in zip(rows, demand + [None] * 4)]
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD, outfor_rows("a", d48, crow))
+    write(os.path.join(c, "expect", "out.csv"), ["date", "a", "z"],
+          [(d, cell(demand[i] if i < 44 else rate), 0 if i < 44 else None) for i, d in enumerate(d48)])
+    write(os.path.join(c, "expect", "outest.csv"), ["_NAME_", "_MODEL_", "_TRANSFORM_", "_PARM_", "_EST_"],
+          [("a", "CROSTON", "NONE", "LEVEL", esm.fmt(wi)), ("a", "CROSTON", "NONE", "LEVEL", esm.fmt(ws))])
+    write(os.path.join(c, "expect", "outsum.csv"), SUM_HEAD + ["_LEAD1_", "_LEAD4_"],
+          [["a", 0] + [cell(v) for v in describe(demand)] + [cell(4 * rate), "", "", "", cell(rate), cell(rate)],
+           ["z", 6000] + [cell(v) for v in describe([0.0] * 44)] + ["", "", "", "", "", ""]])
+
+    # bestall: MODEL=BESTALL decides per series. a (above) has a median
+    # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
+    # croston. b = 10 + 2t has a demand every month (median interval 1): the
+    # smoothing path, where with SEASONALITY=1 BEST chooses among SIMPLE,
+    # LINEAR and DAMPTREND, and LINEAR predicts the line exactly (best_line).
+    c = case_dir("bestall")
+    line = [10.0 + 2 * t for t in range(44)]
+    write(os.path.join(c, "demand.csv"), ["date", "a", "b"], [(d, v, w) for d, v, w in zip(d44, demand, line)])
+    brow = [(a, 10.0 + 2 * t, None, None, None if a is None else 0.0, None)
+            for t, a in enumerate(line + [None] * 4)]
+    write(os.path.join(c, "expect", "outfor.csv"), ["_NAME_", "date", "ACTUAL", "PREDICT"],
+          [r[:4] for r in outfor_rows("a", d48, crow) + outfor_rows("b", d48, brow)])
+
+    # trend_season: raw records summed by month (ACCUMULATE=TOTAL). OUTTREND=
+    # has one row per month of the frame, the empty May included (NOBS 0,
+    # its statistics missing), with the statistics of the records that fall
+    # into it; OUTSEASON= the same by month of the year, where January joins
+    # two years. A missing quantity counts in NOBS and NMISS only. The
+    # statistics come from the statistics module: sample standard deviation,
+    # CSS = sum of squared deviations, the median of an even count the mean
+    # of the middle two. OUTPROCINFO= counts one series, requested, none
+    # failed.
+    c = case_dir("trend_season")
+    rnd = random.Random(7)
+    recs = []
+    for k in range(13):
+        y, m = 2022 + (k // 12), k % 12 + 1
+        if (y, m) == (2022, 5):
+            continue
+        for day in sorted(rnd.sample(range(1, 28), 2 + k % 3)):
+            recs.append((datetime.date(y, m, day).isoformat(), round(rnd.uniform(1, 20), 1)))
+    recs[7] = (recs[7][0], None)
+    write(os.path.join(c, "tx.csv"), ["date", "qty"], recs)
+
+    def group_stats(vals):
+        v = [x for x in vals if x is not None]
+        if not v:
+            return [len(vals), 0, len(vals)] + [None] * 9
+        mean = sum(v) / len(v)
+        css = sum((x - mean) ** 2 for x in v)
+        sd = statistics.stdev(v) if len(v) > 1 else None
+        return [len(vals), len(v), len(vals) - len(v), min(v), max(v), max(v) - min(v), sum(v), mean, sd,
+                sum(x * x for x in v), css, statistics.median(v)]
+
+    head = ["NOBS", "N", "NMISS", "MIN", "MAX", "RANGE", "SUM", "MEAN", "STDDEV", "USS", "CSS", "MEDIAN"]
+    trows = []
+    for k, d in enumerate(months(2022, 1, 13)):
+        vals = [q for dd, q in recs if dd[:7] == d[:7]]
+        trows.append(["qty", d, k % 12 + 1] + [cell(float(v)) if isinstance(v, float) else v
+                                               for v in group_stats(vals)])
+    write(os.path.join(c, "expect", "trend.csv"), ["_NAME_", "date", "_SEASON_"] + head, trows)
+    srows = []
+    for m in range(1, 13):
+        vals = [q for dd, q in recs if int(dd[5:7]) == m]
+        srows.append(["qty", m] + [cell(float(v)) if isinstance(v, float) else v for v in group_stats(vals)])
+    write(os.path.join(c, "expect", "season.csv"), ["_NAME_", "_SEASON_"] + head, srows)
+    write(os.path.join(c, "expect", "info.csv"), ["_SOURCE_", "_NAME_", "_STAGE_", "_VALUE_"],
+          [("QVT", "SERIES", "ALL", 1), ("QVT", "REQUESTED", "ALL", 1), ("QVT", "FAILURES", "ALL", 0)])
 
     # print_tables: the first 8 values of simple_one's series, SIMPLE, LEAD=2,
     # with the printed Forecasts and FitStatistics tables in the HTML report.
