@@ -181,8 +181,8 @@ TEST(OutputWriters, RoundTripThroughFiles) {
     com.current.trnsname.set("NONE");
     com.current.modelcode = kModelLinear;
     qvtdout(&com);
-    qvtdest(&com, &esm);
-    qvtdest(&com, nullptr);  // no model: no row
+    qvtdest(&com, &esm, nullptr);
+    qvtdest(&com, nullptr, nullptr);  // no model: no row
     qvtdfor(&com, &f.fore);
     qvtdcmp(&com, &f.fore);
   });
@@ -277,7 +277,7 @@ TEST(OutputWriters, NoOutAllKeepsTheForecastRowsAndNoIdVariableNamesTheTime) {
     qvtdout(&com);
     qvtdfor(&com, &f.fore);
     qvtdcmp(&com, &f.fore);
-    qvtdest(&com, &esm);  // OUTEST= wasn't asked for: nothing
+    qvtdest(&com, &esm, nullptr);  // OUTEST= wasn't asked for: nothing
   });
   ASSERT_EQ(rig.rc, 0) << rig.log.str();
   EXPECT_TRUE(rig.procMessages().empty());

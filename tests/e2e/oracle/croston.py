@@ -78,8 +78,9 @@ def croston(y, lead, alpha=0.05):
     rate, sd = [], []
     for t in range(n + 1):
         rate.append(S[t] / I[t])
-        # Demand 0 has no interval prediction error, hence no limits.
-        sd.append(None if t == 0 else math.sqrt((ss / I[t]) ** 2 + (S[t] * si / I[t] ** 2) ** 2))
+        # Demand 0 lies before the smoothing starts; it takes the one-step
+        # standard errors of the fits like every other demand.
+        sd.append(math.sqrt((ss / I[t]) ** 2 + (S[t] * si / I[t] ** 2) ** 2))
     rows, stock, pos = [], None, 0
     nper = T + lead
     for i in range(n + 1):
@@ -90,8 +91,6 @@ def croston(y, lead, alpha=0.05):
             if j == span - 1 and i < n:
                 stock -= sizes[i]
             p, s = rate[i], sd[i]
-            lo = None if s is None else p - z * s
-            up = None if s is None else p + z * s
-            rows.append((p, s, lo, up, stock if t < T else None))
+            rows.append((p, s, p - z * s, p + z * s, stock if t < T else None))
         pos += span
     return rows, (wi, ws), rate[n]
