@@ -8,6 +8,7 @@
 // values as demands. A tie leaves the base at 0, the natural rest state of a
 // demand series.
 #include "intermittent/idseries.hpp"
+#include "intermittent/idsstats.hpp"
 
 #include "run/missing.hpp"
 #include "stats/numeric.hpp"
@@ -16,10 +17,6 @@
 #include <cstdlib>
 
 namespace qvt {
-namespace idsimpl {
-int getstats(const double* v, long n, IDSSTATS* s) noexcept;
-}  // namespace idsimpl
-
 namespace {
 
 // Beyond this the squares of the standard deviation would overflow once

@@ -11,6 +11,7 @@
 // difference. On an equally spaced grid that is the same count the calendar
 // would give.
 #include "intermittent/idseries.hpp"
+#include "intermittent/idsstats.hpp"
 
 #include "calendar/zintcycle.hpp"
 #include "run/missing.hpp"
@@ -21,11 +22,6 @@
 #include <new>
 
 namespace qvt {
-namespace idsimpl {
-int getstats(const double* v, long n, IDSSTATS* s) noexcept;
-void resetstats(IDSSTATS* s) noexcept;
-}  // namespace idsimpl
-
 namespace {
 
 using idsimpl::getstats;

@@ -1,6 +1,7 @@
 // Transformed components, seasonal statistics, and the average-demand series
 // laid back on the time grid of the series.
 #include "intermittent/idseries.hpp"
+#include "intermittent/idsstats.hpp"
 
 #include "run/missing.hpp"
 #include "stats/transform.hpp"
@@ -8,11 +9,6 @@
 #include <algorithm>
 
 namespace qvt {
-namespace idsimpl {
-int getstats(const double* v, long n, IDSSTATS* s) noexcept;
-void resetstats(IDSSTATS* s) noexcept;
-}  // namespace idsimpl
-
 namespace {
 
 using idsimpl::getstats;
