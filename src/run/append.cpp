@@ -55,12 +55,13 @@ int seasonClass(const double* v, long m, int nseasons, double siglevel, int held
 
 
 // Steps 5 to 8 of performance: the series' errors of the BACK= range, from
-// index k of the forecast vectors, into the cross-series collector.
+// index k of the forecast vectors, into the cross-series collector. Only the
+// periods that have forecast cells are read (BACK= above LEAD leaves fewer).
 void crossSeries(QVTCOM* com, IDMODEL* idm, const FOR_OUT* fore, long k, double last) {
   ZTS_CP* cp = com->outcps.cp;
   const auto& pr = com->print;
-  if (cp == nullptr || k < 0) return;
-  const long back = com->istmt.back;
+  const long back = std::min(static_cast<long>(com->istmt.back), fore->n - k);
+  if (cp == nullptr || k < 0 || back < 1) return;
   if (pr.performance) ztscpr(cp, 1, 0, 0);
   if (!pr.performance && !pr.performancesummary && !pr.performanceoverall) return;
   const double* a = fore->actual + k;
@@ -78,8 +79,8 @@ void crossSeries(QVTCOM* com, IDMODEL* idm, const FOR_OUT* fore, long k, double 
     double* w = com->out.trend;
     const auto& intv = ids.intv.data;
     const auto& size = ids.size.data;
-    const bool next = s >= 0 && s < static_cast<long>(intv.size());
-    long q = next ? std::max(0L, static_cast<long>(intv[s]) - 1) : 0;
+    const double nx = s >= 0 && s < static_cast<long>(intv.size()) && !wzmis(intv[s]) ? intv[s] : 0;
+    long q = std::max(0L, static_cast<long>(nx) - 1);
     for (long i = 0; i < back; ++i) {
       ++q;
       if (wzmis(a[i]) || std::fabs(a[i]) <= ids.zero) {
@@ -97,7 +98,7 @@ void crossSeries(QVTCOM* com, IDMODEL* idm, const FOR_OUT* fore, long k, double 
     // The relative errors' base: the last demand of the fit, as a rate when
     // an interval precedes it.
     double hold = s >= 1 && s - 1 < static_cast<long>(size.size()) ? size[s - 1] : kMissing;
-    if (!wzmis(hold) && s >= 2 && next && intv[s] > 0) hold /= intv[s];
+    if (!wzmis(hold) && s >= 2 && nx > 0) hold /= nx;
     ztscpa(cp, hold, w, p, l, u, back, -1);
   }
   if (pr.performance) {
