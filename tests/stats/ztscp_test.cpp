@@ -82,8 +82,8 @@ TEST(Ztscp, RunningSumsMatchDirectStatisticsAtEveryLevel) {
     std::vector<Errs> grp(kLead + 1);
     for (int series = 0; series < 4; ++series) {
       ASSERT_EQ(ztscpr(cp, 1, 0, 0), 0);
-      // Group 2 is short: its last horizon is reached by no series.
-      const long T = group == 2 ? kLead - 1 : 1 + pick(rng) % (kLead + 2);
+      // Group 2 is short: one series reaches its horizon 3, none horizon 4.
+      const long T = group == 2 ? 1 + series % 3 : 1 + pick(rng) % (kLead + 2);
       std::vector<double> a(T), p(T), lo(T), up(T);
       for (long i = 0; i < T; ++i) {
         a[i] = pick(rng) == 0 ? 0.0 : pick(rng) == 1 ? kMissing : u(rng);
