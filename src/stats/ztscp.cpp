@@ -22,7 +22,7 @@ struct Type {
   std::vector<double>* abs;  // null when the absolute vector isn't kept
 };
 
-// The three types in the order pct, sym, rel; `on` from the collector's spec.
+// The three types in the order pct, sym, rel; `on` from the collector's flags.
 struct Types {
   Type t[3];
   explicit Types(ZTS_CP& cp)
@@ -208,7 +208,7 @@ int ztscpci(ZTS_CP* cp) noexcept {
     ZTS_CP_STATS& s = cp->indiv.*ty.rec;
     ztscpes(&s);
     // Only this level keeps the errors themselves, so only it has a median;
-    // without the absolute vector (spec.amean off) there is none.
+    // without the absolute vector (the amean flag off) there is none.
     if (s.n < 1 || ty.abs == nullptr) continue;
     long count = 0;
     const int r = ztssfa(ty.abs->data(), cp->lead, kSfMedian, cp->work.data(), &s.median, &count);

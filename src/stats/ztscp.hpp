@@ -12,7 +12,8 @@
 //
 // Results: 0 done; 1 (ztscpea) a missing error, not counted; 2 (ztscpes) an
 // empty record, its results missing; 3 (ztscpes) the geometric mean would
-// overflow; -1 no memory; -2 nvars < 1; -3 lead < 1; -99 bad arguments.
+// overflow, (ztscpa) some ratio could not be formed and is left out, as
+// ztssfe reports it; -1 no memory; -2 nvars < 1; -3 lead < 1; -99 bad arguments.
 // A negative result of the fit-statistics layer (ztssfe, ztssfcl, ztssfa)
 // is passed on.
 #pragma once
@@ -75,14 +76,14 @@ struct ZTS_CP {
   std::vector<std::vector<ZTS_CP_JSTATS>> local;  // nvars x (lead + 1)
   std::vector<ZTS_CP_JSTATS> global, univ;        // lead + 1 each
   // Error and absolute error vectors, lead cells each, of the last series;
-  // an absolute vector exists only with spec.amean, each only when its type
+  // an absolute vector exists only with the amean flag, each only when its type
   // is on.
   std::vector<double> pe, ape, se, ase, re, are;
   std::vector<double> work;  // lead cells, work of the median
 };
 
 // Creates the collector for nvars series variables and lead horizons. A
-// null spec, or one with `specified` 0, collects everything but the unused
+// null CPSPEC, or one with `specified` 0, collects everything but the unused
 // `median` flag. *cp is null on any failure.
 int ztscpi(long nvars, long lead, const CPSPEC* spec, ZTS_CP** cp) noexcept;
 // Frees the collector; *cp becomes null. Null is allowed.
