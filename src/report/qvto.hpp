@@ -34,6 +34,15 @@ void qvtofor(QVTCOM* com, const FOR_OUT* fore, int method);
 // "TrendStatistics" and "SeasonStatistics" from trend.stats.
 void qvtotre(QVTCOM* com);
 void qvtosea(QVTCOM* com);
+// "Performance": the errors of the series in hand over the BACK= range, from
+// the collector outcps.cp after its series close.
+void qvtocpo(QVTCOM* com);
+// "PerformanceSummary" (where 0, the BY group) or "PerformanceOverall" (any
+// other where, the run), read through outcps.forback.
+void qvtocps(QVTCOM* com, int where);
+// Label of horizon column i of the BACK= range: the time of its period with
+// a time ID, else catalogue text `text` with the horizon's number.
+std::string horizonLabel(QVTCOM* com, long i, int text);
 
 // Decimals of the forecast columns for the values of the n rows of the
 // given vectors (null vectors are skipped): kForFree, or 0 to 7.

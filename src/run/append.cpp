@@ -1,6 +1,7 @@
 #include "run/append.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <span>
 
@@ -12,6 +13,7 @@
 #include "statements/qvtpcodes.hpp"
 #include "stats/fitstats.hpp"
 #include "stats/seastest.hpp"
+#include "stats/ztscp.hpp"
 
 namespace qvt {
 namespace {
@@ -49,6 +51,60 @@ int seasonClass(const double* v, long m, int nseasons, double siglevel, int held
   const int lag = 1;
   r = zssntst(v, m, &lag, 1, 1, nseasons, kNeverSeasonal, siglevel, aic);
   return r == 0 ? kModelBestN : r == 1 ? kModelBestS : held;
+}
+
+
+// Steps 5 to 8 of performance: the series' errors of the BACK= range, from
+// index k of the forecast vectors, into the cross-series collector. Only the
+// periods that have forecast cells are read (BACK= above LEAD leaves fewer).
+void crossSeries(QVTCOM* com, IDMODEL* idm, const FOR_OUT* fore, long k, double last) {
+  ZTS_CP* cp = com->outcps.cp;
+  const auto& pr = com->print;
+  const long back = std::min(static_cast<long>(com->istmt.back), fore->n - k);
+  if (cp == nullptr || k < 0 || back < 1) return;
+  if (pr.performance) ztscpr(cp, 1, 0, 0);
+  if (!pr.performance && !pr.performancesummary && !pr.performanceoverall) return;
+  const double* a = fore->actual + k;
+  const double* p = fore->predicted + k;
+  const double* l = fore->lower != nullptr ? fore->lower + k : nullptr;
+  const double* u = fore->upper != nullptr ? fore->upper + k : nullptr;
+  if (idm == nullptr) {
+    ztscpa(cp, last, a, p, l, u, back, -1);
+  } else if (idm->ids != nullptr && com->out.trend != nullptr) {
+    // The demands on the scale of a rate per period, in out.trend as
+    // scratch: each demand is spread over the periods since the last one,
+    // periods behind the last demand get 0.
+    const IDSERIES& ids = *idm->ids;
+    const long s = idm->nsample + idm->nholdout;
+    double* w = com->out.trend;
+    const auto& intv = ids.intv.data;
+    const auto& size = ids.size.data;
+    const double nx = s >= 0 && s < static_cast<long>(intv.size()) && !wzmis(intv[s]) ? intv[s] : 0;
+    long q = std::max(0L, static_cast<long>(nx) - 1);
+    for (long i = 0; i < back; ++i) {
+      ++q;
+      if (wzmis(a[i]) || std::fabs(a[i]) <= ids.zero) {
+        w[i] = 0;
+      } else {
+        w[i] = static_cast<double>(q);
+        q = 0;
+      }
+    }
+    double v = 0;
+    for (long i = back - 1; i >= 0; --i) {
+      if (w[i] != 0) v = a[i] / w[i];
+      w[i] = v;
+    }
+    // The relative errors' base: the last demand of the fit, as a rate when
+    // an interval precedes it.
+    double hold = s >= 1 && s - 1 < static_cast<long>(size.size()) ? size[s - 1] : kMissing;
+    if (!wzmis(hold) && s >= 2 && nx > 0) hold /= nx;
+    ztscpa(cp, hold, w, p, l, u, back, -1);
+  }
+  if (pr.performance) {
+    ztscpci(cp);
+    qvtocpo(com);
+  }
 }
 
 }  // namespace
@@ -151,17 +207,23 @@ int evaluation(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fo
 }
 
 int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* fore) {
-  // The BACK= range for OUTSTAT= and the performance statistics table; the
-  // cross-series collector (ztscp*) that also reads it is not built.
+  // The BACK= range for OUTSTAT=, the performance statistics table and the
+  // cross-series collector.
   const long back = com->istmt.back;
-  if ((!com->ds.outstat.fileid && !com->print.statistics) || back < 1) return 0;
+  const auto& pr = com->print;
+  const bool cross = pr.performance || pr.performancesummary || pr.performanceoverall;
+  if ((!com->ds.outstat.fileid && !pr.statistics && !cross) || back < 1) return 0;
   SF_STATS& st = com->outstat.stats;
   st = SF_STATS{};
+  const bool stat = com->ds.outstat.fileid || pr.statistics;
   if (com->current.modelcode == kModelCroston) {
     if (idm == nullptr) return 0;
-    idmeval(idm, 1, 2, &st);
-    qvtdsof(com, 1);
-    qvtosof(com, 1);
+    if (stat) {
+      idmeval(idm, 1, 2, &st);
+      qvtdsof(com, 1);
+      qvtosof(com, 1);
+    }
+    crossSeries(com, idm, fore, com->out.nobs - back, kMissing);
     return 0;
   }
   if (esm == nullptr) return 0;
@@ -179,9 +241,12 @@ int performance(QVTCOM* com, IDMODEL* idm, const WINMODEL* esm, const FOR_OUT* f
       break;
     }
   }
-  ztssfme(last, fore->actual + k, fore->predicted + k, m, 0, &st);
-  qvtdsof(com, 1);
-  qvtosof(com, 1);
+  if (stat) {
+    ztssfme(last, fore->actual + k, fore->predicted + k, m, 0, &st);
+    qvtdsof(com, 1);
+    qvtosof(com, 1);
+  }
+  crossSeries(com, nullptr, fore, k, last);
   return 0;
 }
 

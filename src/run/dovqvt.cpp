@@ -10,6 +10,7 @@
 #include "run/qvtin.hpp"
 #include "run/qvtout.hpp"
 #include "statements/qvtpars.hpp"
+#include "stats/ztscp.hpp"
 
 namespace qvt {
 namespace {
@@ -75,6 +76,12 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   if (com->error != 0) hostExit(host, com->rc, 0);
   notePlots(com);
   qvtoint(com);
+  const auto& pr = com->print;
+  const bool cross = pr.performance || pr.performancesummary || pr.performanceoverall;
+  // Without the collector (no memory) the performance tables are left out
+  // and the forecasts go on: they don't depend on it.
+  if (cross && ztscpi(com->nvars, com->istmt.back, nullptr, &com->outcps.cp) == -1)
+    hostMemMessage(host, static_cast<long long>(sizeof(ZTS_CP)));
 
   com->error = 0;
   com->memdef = 0;
@@ -84,6 +91,13 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
     com->memdef = 0;
   }
 
+  if (cross) {
+    if (com->nby > 0) {
+      ztscpcu(com->outcps.cp);
+      qvtocps(com, 1);
+    }
+    ztscpt(&com->outcps.cp);
+  }
   if (com->nvars >= 2) qvtend(com);
   qvtdinf(com);
   if (com->counts.failures > com->maxerror) hostMsgLog(host, kMsgProc, kMsgFailuresCut);

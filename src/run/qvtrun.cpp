@@ -13,6 +13,7 @@
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
 #include "report/qvto.hpp"
+#include "stats/ztscp.hpp"
 #include "run/append.hpp"
 #include "run/dovqvt.hpp"
 #include "run/qvtin.hpp"
@@ -434,6 +435,8 @@ void qvtrun(QVTCOM* com) {
     idstrm(&dm.ids);
     idmtrm(&dm.idm);
   }
+  const bool cross = com->print.performancesummary || com->print.performanceoverall;
+  if (cross) ztscpr(com->outcps.cp, 0, 1, 0);
   if (com->print.summary) qvtosum(com, 0);
   for (int k = 0; k < com->nvars; ++k) {
     runSeries(com, k, nseasons, dm);
@@ -441,6 +444,10 @@ void qvtrun(QVTCOM* com) {
   }
   if (!com->print.none || !com->plot.none) qvtogrp(com, nullptr);
   if (com->print.summary) qvtosum(com, 2);
+  if (cross) {
+    ztscpcg(com->outcps.cp);
+    if (com->print.performancesummary) qvtocps(com, 0);
+  }
   com->error = 0;
 }
 

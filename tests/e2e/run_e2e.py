@@ -49,11 +49,18 @@ def load_log(path):
     return msgs
 
 
+# A cell's number; a PERCENT text such as "12.345%" or "(5.12%)" gives its
+# number of percent, negative in parentheses.
+def number(text):
+    t = text.strip()
+    return -float(t[1:-2]) if t[:1] == "(" and t[-2:] == "%)" else float(t.removesuffix("%"))
+
+
 def cells_equal(got, want, tol):
     if got == want:
         return True
     try:
-        g, w = float(got), float(want)
+        g, w = number(got), float(want)
     except ValueError:
         return False
     if math.isnan(g) or math.isnan(w):

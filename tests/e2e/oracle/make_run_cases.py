@@ -438,5 +438,40 @@ def main():
     write(os.path.join(c, "expect", "stat.csv"), FIT_HEAD,
           [[cell(v) for v in fit_row("sales", "FIT", sales[:8], [r[1] for r in rows[:8]], 1)]])
 
+    # performance: BACK=3 on two series in two BY groups, SIMPLE fitted to
+    # their first 5 months; the held-back months lie at chosen offsets from
+    # the last fitted actual r, some outside the oracle's limits. The printed
+    # Performance table of the first series and the Cumulative column of
+    # PerformanceOverall, in percent, from the textbook errors e = a - p:
+    # percent e / a, symmetric e / ((a + p) / 2), relative e / (a - r) (r is
+    # the random walk's forecast); their minimum, maximum, mean, mean
+    # absolute, median absolute, geometric mean absolute; the share of
+    # actuals outside the limits.
+    c = case_dir("performance")
+    offsets = {"a": [0.4, -6.0, 7.5, 9.0, -1.1, -12.0], "b": [-0.8, 5.5, 0.2, 0.6, 4.4, -7.7]}
+    wide, errs = [], []
+    for g, (seed, d8) in enumerate([(34, months(2020, 1, 8)), (49, months(2021, 1, 8))]):
+        full = {}
+        for v, base in (("a", 100.0), ("b", 60.0)):
+            x = noisy_walk(seed + (v == "b"), 5, base)
+            full[v] = x = x + [round(x[-1] + o, 1) for o in offsets[v][3 * g:3 * g + 3]]
+            for h, (_, p, lo, up, _, _) in enumerate(esm.ses_rows(x[:5], 3)[1][5:]):
+                a, e = x[5 + h], x[5 + h] - p
+                errs.append((e / a, e / ((a + p) / 2), e / (a - x[4]), a < lo or a > up))
+        wide += [(g, d, full["a"][i], full["b"][i]) for i, d in enumerate(d8)]
+    write(os.path.join(c, "wide.csv"), ["group", "date", "a", "b"], wide)
+
+    def stats(es):
+        ab = [abs(v) for v in es]
+        return [min(es), max(es), statistics.fmean(es), statistics.fmean(ab), statistics.median(ab),
+                statistics.geometric_mean(ab)]
+
+    write(os.path.join(c, "expect", "performance.csv"), "H1 H2 H3 MIN MAX MEAN AMEAN MDAMEAN GMAMEAN".split(),
+          [[cell(100 * v) for v in es + stats(es)] for es in ([r[k] for r in errs[:3]] for k in range(3))])
+    cum = [stats([r[0] for r in errs])[2], stats([r[1] for r in errs])[5], stats([r[2] for r in errs])[3],
+           statistics.fmean(r[3] for r in errs)]
+    write(os.path.join(c, "expect", "overall.csv"), ["PCT_MEAN", "SYM_GMAMEAN", "REL_AMEAN", "OUTSIDE"],
+          [[cell(100 * v) for v in cum]])
+
 if __name__ == "__main__":
     main()
