@@ -151,8 +151,8 @@ TEST_F(Fixture, TablesFollowThePrintFlags) {
   const auto run = [&] {
     h.tables.clear();
     qvtovar(&com);
-    qvtoest(&com, &esm);
-    qvtosta(&com, &esm);
+    qvtoest(&com, &esm, nullptr);
+    qvtosta(&com, &esm, nullptr);
     qvtosof(&com, 0);
     qvtosof(&com, 1);
     qvtofor(&com, &fore, 6);
