@@ -57,6 +57,11 @@ void qvtodem(QVTCOM* com, const IDMODEL* idm) {
   // The components' own forecasts belong to Croston's method; the average
   // form never fits them, so what they hold is left from the selection and
   // is not shown: its interval and size columns keep the actual values only.
+  //
+  // The last row is the forecast of the next demand. Its interval and size
+  // are the components' forecasts beyond the data, the ones the demand rate
+  // is made of (the interval raised to the time already elapsed), so that
+  // the row reads as its rate does: predicted size over predicted interval.
   const bool croston = idm->modused == kIdmUsedCroston;
   const ESMFOR* parts[] = {&idm->intv.forecast, &idm->size.forecast};
   const IDSCOMP* actual[] = {&ids.intv, &ids.size};
@@ -70,7 +75,8 @@ void qvtodem(QVTCOM* com, const IDMODEL* idm) {
     for (int k = 0; k < 2; ++k) {
       const ESMFOR& f = *parts[k];
       cells.emplace_back(at(actual[k]->data, i));
-      for (const std::vector<double>* v : {&f.predict, &f.std, &f.lower, &f.upper, &f.error})
+      cells.emplace_back(!croston ? kMissing : i == last ? f.forecast : at(f.predict, i));
+      for (const std::vector<double>* v : {&f.std, &f.lower, &f.upper, &f.error})
         cells.emplace_back(croston ? at(*v, i) : kMissing);
     }
     cells.emplace_back(at(ids.adem.data, i));
