@@ -52,9 +52,13 @@ def backcast_level(x, w):
     return level
 
 
-def croston(y, lead, alpha=0.05):
+def croston(y, lead, alpha=0.05, by_demand=None):
     """Rows (predict, std, lower, upper, stock) for the T + lead periods, the
-    two weights, and the demand-rate forecast."""
+    two weights, and the demand-rate forecast. A list given as by_demand
+    receives one row for each demand and one for the next (index n): the
+    interval and size, their predictions and one-step standard errors, and
+    the rate's actual, prediction, standard error, limits and stock (the
+    rate over the interval less the size)."""
     T = len(y)
     obs, sizes, q = split(y)
     n = len(sizes)
@@ -81,6 +85,13 @@ def croston(y, lead, alpha=0.05):
         # Demand 0 lies before the smoothing starts; it takes the one-step
         # standard errors of the fits like every other demand.
         sd.append(math.sqrt((ss / I[t]) ** 2 + (S[t] * si / I[t] ** 2) ** 2))
+    if by_demand is not None:
+        for i in range(n + 1):
+            s_i = sizes[i] if i < n else None
+            by_demand.append({"q": q[i], "I": I[i], "si": si, "s": s_i, "S": S[i], "ss": ss,
+                              "actual": None if s_i is None else s_i / q[i], "rate": rate[i], "std": sd[i],
+                              "lower": rate[i] - z * sd[i], "upper": rate[i] + z * sd[i],
+                              "stock": None if s_i is None else rate[i] * q[i] - s_i})
     rows, stock, pos = [], None, 0
     nper = T + lead
     for i in range(n + 1):

@@ -367,6 +367,27 @@ def main():
           [["a", 0] + [cell(v) for v in describe(demand)] + [cell(4 * rate), "", "", "", cell(rate), cell(rate)],
            ["z", 6000] + [cell(v) for v in describe([0.0] * 44)] + ["", "", "", "", "", ""]])
 
+    # croston_tables: the series a of croston with PRINT=(SUMMARY ESTIMATES
+    # FORECASTS). The Demands table has a row for each of the 14 demands and
+    # one for the next, from the oracle's demand rows; DemandSummary the
+    # statistics of the complete intervals q_1..q_13, of the 14 sizes and of
+    # the average demands s_i / q_i, i >= 1 (statistics module: sample
+    # standard deviation).
+    c = case_dir("croston_tables")
+    write(os.path.join(c, "demand.csv"), ["date", "a"], zip(d44, demand))
+    dem = []
+    croston.croston(demand, 4, by_demand=dem)
+    keys = ["q", "I", "si", "s", "S", "ss", "actual", "rate", "std", "lower", "upper", "stock"]
+    head = ["INTERVAL", "PINTERVAL", "SINTERVAL", "SIZE", "PSIZE", "SSIZE", "ACTUAL", "PREDICT", "STD", "LOWER",
+            "UPPER", "STOCK"]
+    write(os.path.join(c, "expect", "demands.csv"), ["INDEX"] + head,
+          [[i + 1] + [cell(float(r[k])) if r[k] is not None else None for k in keys] for i, r in enumerate(dem)])
+    comps = [[float(r["q"]) for r in dem[1:-1]], [float(r["s"]) for r in dem[:-1]],
+             [r["actual"] for r in dem[1:-1]]]
+    write(os.path.join(c, "expect", "summary.csv"), ["TOTAL", "MIN", "MAX", "AVG", "STD", "RANGE"],
+          [[cell(float(v)) for v in (sum(x), min(x), max(x), statistics.mean(x), statistics.stdev(x),
+                                     max(x) - min(x))] for x in comps])
+
     # bestall: MODEL=BESTALL decides per series. a (above) has a median
     # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
     # croston. b = 10 + 2t has a demand every month (median interval 1): the
