@@ -55,10 +55,10 @@ def backcast_level(x, w):
 def croston(y, lead, alpha=0.05, by_demand=None):
     """Rows (predict, std, lower, upper, stock) for the T + lead periods, the
     two weights, and the demand-rate forecast. A list given as by_demand
-    receives one row for each demand and one for the next (index n): the
-    interval and size, their predictions and one-step standard errors, and
-    the rate's actual, prediction, standard error, limits and stock (the
-    rate over the interval less the size)."""
+    receives one row for each demand and one for the next: its number from
+    1, the interval, its prediction and one-step standard error, the same of
+    the size, and the rate's actual, prediction, standard error, limits and
+    stock (the rate over the interval less the size)."""
     T = len(y)
     obs, sizes, q = split(y)
     n = len(sizes)
@@ -85,13 +85,11 @@ def croston(y, lead, alpha=0.05, by_demand=None):
         # Demand 0 lies before the smoothing starts; it takes the one-step
         # standard errors of the fits like every other demand.
         sd.append(math.sqrt((ss / I[t]) ** 2 + (S[t] * si / I[t] ** 2) ** 2))
-    if by_demand is not None:
-        for i in range(n + 1):
-            s_i = sizes[i] if i < n else None
-            by_demand.append({"q": q[i], "I": I[i], "si": si, "s": s_i, "S": S[i], "ss": ss,
-                              "actual": None if s_i is None else s_i / q[i], "rate": rate[i], "std": sd[i],
-                              "lower": rate[i] - z * sd[i], "upper": rate[i] + z * sd[i],
-                              "stock": None if s_i is None else rate[i] * q[i] - s_i})
+    for i in range(n + 1 if by_demand is not None else 0):
+        s_i = sizes[i] if i < n else None
+        act, stk = (None, None) if s_i is None else (s_i / q[i], rate[i] * q[i] - s_i)
+        by_demand.append((i + 1, q[i], I[i], si, s_i, S[i], ss, act, rate[i], sd[i], rate[i] - z * sd[i],
+                          rate[i] + z * sd[i], stk))
     rows, stock, pos = [], None, 0
     nper = T + lead
     for i in range(n + 1):

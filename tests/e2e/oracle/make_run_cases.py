@@ -377,16 +377,12 @@ def main():
     write(os.path.join(c, "demand.csv"), ["date", "a"], zip(d44, demand))
     dem = []
     croston.croston(demand, 4, by_demand=dem)
-    keys = ["q", "I", "si", "s", "S", "ss", "actual", "rate", "std", "lower", "upper", "stock"]
-    head = ["INTERVAL", "PINTERVAL", "SINTERVAL", "SIZE", "PSIZE", "SSIZE", "ACTUAL", "PREDICT", "STD", "LOWER",
-            "UPPER", "STOCK"]
-    write(os.path.join(c, "expect", "demands.csv"), ["INDEX"] + head,
-          [[i + 1] + [cell(float(r[k])) if r[k] is not None else None for k in keys] for i, r in enumerate(dem)])
-    comps = [[float(r["q"]) for r in dem[1:-1]], [float(r["s"]) for r in dem[:-1]],
-             [r["actual"] for r in dem[1:-1]]]
+    write(os.path.join(c, "expect", "demands.csv"), ["INDEX", "INTERVAL", "PINTERVAL", "SINTERVAL", "SIZE", "PSIZE",
+          "SSIZE", "ACTUAL", "PREDICT", "STD", "LOWER", "UPPER", "STOCK"], [[cell(v) for v in r] for r in dem])
+    comps = [[float(r[1]) for r in dem[1:-1]], [r[4] for r in dem[:-1]], [r[7] for r in dem[1:-1]]]
     write(os.path.join(c, "expect", "summary.csv"), ["TOTAL", "MIN", "MAX", "AVG", "STD", "RANGE"],
-          [[cell(float(v)) for v in (sum(x), min(x), max(x), statistics.mean(x), statistics.stdev(x),
-                                     max(x) - min(x))] for x in comps])
+          [[cell(f(x)) for f in (sum, min, max, statistics.mean, statistics.stdev)] + [cell(max(x) - min(x))]
+           for x in comps])
 
     # bestall: MODEL=BESTALL decides per series. a (above) has a median
     # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
