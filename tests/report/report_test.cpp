@@ -308,8 +308,8 @@ TEST(OutputLayer, CallOrderCodes) {
   EXPECT_EQ(got[0].rows.size(), 1u);
 }
 
-// The intermittent tables on a model built by the real routines: demands on
-// days 0..23 at 2, 6, 8, 13, 16, 20, three seasons coded day % 3, every
+// The intermittent tables on a model built by the real routines: demands at
+// observations 2, 6, 8, 13, 16, 20 of 24, three seasons coded t % 3, every
 // component SIMPLE with the weight 0.3 fixed unless a test changes spec.
 const std::vector<double> kDemand = {0, 0, 3, 0, 0, 0, 5, 0, 2, 0, 0, 0, 0, 7, 0, 0, 4, 0, 0, 0, 6, 0, 0, 0};
 
@@ -326,20 +326,18 @@ struct Demand : Fixture {
     }
   }
   void TearDown() override { idmtrm(&idm), idstrm(&ids); }
-  // The run's intermittent path; only the intervals are ever transformed here.
+  // The run's intermittent path, in its order; only the intervals are ever
+  // transformed here.
   void build() {
     INTERVAL day;
     zintic(kIntDay, &day);
-    std::vector<double> tid;
     std::vector<int> sc;
-    for (std::size_t t = 0; t < kDemand.size(); ++t) tid.push_back(double(t)), sc.push_back(int(t % 3));
+    for (std::size_t t = 0; t < kDemand.size(); ++t) sc.push_back(int(t % 3));
     spec.specified = 1, spec.modcode = kIdmBoth;
     ASSERT_EQ(idsint(0, 0, &day, "B", 3, &ids) + idmint(0, 0, &idm), 0);
-    ASSERT_GE(idsset(ids, long(kDemand.size()), kDemand.data(), tid.data(), sc.data(), 0.0, 0, 0), 0);
-    ASSERT_EQ(idmspc(idm, &spec, 1), 0);
-    ASSERT_GE(idstrn(ids, spec.intv.trnscode, 0, 0, 0, 0, 0), 0);
-    for (const int rc :
-         {idsss(ids, 1, 2), idmset(idm, ids), idmsel(idm, 0.05), idmfit(idm, 1), idmdem(idm, 1, 0.05)})
+    for (const int rc : {idsset(ids, long(kDemand.size()), kDemand.data(), nullptr, sc.data(), 0.0, 0, 0),
+                         idmspc(idm, &spec, 1), idstrn(ids, spec.intv.trnscode, 0, 0, 0, 0, 0), idsss(ids, 1, 2),
+                         idmset(idm, ids), idmsel(idm, 0.05), idmfit(idm, 1), idmdem(idm, 1, 0.05)})
       ASSERT_GE(rc, 0);
   }
 };

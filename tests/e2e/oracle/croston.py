@@ -54,11 +54,8 @@ def backcast_level(x, w):
 
 def croston(y, lead, alpha=0.05, by_demand=None):
     """Rows (predict, std, lower, upper, stock) for the T + lead periods, the
-    two weights, and the demand-rate forecast. A list given as by_demand
-    receives one row for each demand and one for the next: its number from
-    1, the interval, its prediction and one-step standard error, the same of
-    the size, and the rate's actual, prediction, standard error, limits and
-    stock (the rate over the interval less the size)."""
+    two weights, and the demand-rate forecast. by_demand, a list, receives a
+    row for each demand and the next; see make_run_cases.py for its columns."""
     T = len(y)
     obs, sizes, q = split(y)
     n = len(sizes)

@@ -372,7 +372,10 @@ def main():
     # one for the next, from the oracle's demand rows; DemandSummary the
     # statistics of the complete intervals q_1..q_13, of the 14 sizes and of
     # the average demands s_i / q_i, i >= 1 (statistics module: sample
-    # standard deviation).
+    # standard deviation). A demand row: its number from 1, the interval,
+    # its prediction and one-step standard error, the same of the size, and
+    # the rate's actual, prediction, standard error, limits and stock (the
+    # rate over the interval less the size).
     c = case_dir("croston_tables")
     write(os.path.join(c, "demand.csv"), ["date", "a"], zip(d44, demand))
     dem = []
