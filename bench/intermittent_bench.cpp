@@ -101,3 +101,5 @@ void BM_IntermittentSeries(benchmark::State& state) {
 BENCHMARK(BM_IntermittentSeries)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+BENCHMARK_MAIN();

@@ -9,6 +9,12 @@
 #include "smoothing/esmtypes.hpp"
 
 namespace qvt {
+struct ESMODEL;
+struct IDMODEL;
+struct IDSERIES;
+}  // namespace qvt
+
+namespace qvt {
 
 // The manager's set-up and the "DataSet" table, once a step.
 void qvtoint(QVTCOM* com);
@@ -22,10 +28,25 @@ void qvtovar(QVTCOM* com);
 void qvtosum(QVTCOM* com, int flag);
 // "ModelSelection" over the n smoothing candidates that best compared.
 void qvtosel(QVTCOM* com, const int* methods, const int* trnscodes, const double* criteria, int n);
-// "ParameterEstimates" of the smoothing model used.
-void qvtoest(QVTCOM* com, const WINMODEL* esm);
-// "SmoothedStates": the backcast, start and final states of the model.
-void qvtosta(QVTCOM* com, const WINMODEL* esm);
+// "ModelSelection" over the smoothing candidates of one demand component,
+// printed only when there was more than one.
+void qvtosec(QVTCOM* com, const ESMODEL* esm);
+// "ModelSelection" between Croston's method and the average-demand form.
+void qvtosei(QVTCOM* com, const IDMODEL* idm);
+// "ParameterEstimates" of the model used: the smoothing model esm, or, when
+// esm is null, the components of the intermittent model idm.
+void qvtoest(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm);
+// "SmoothedStates" (esm) or "DemandStates" (idm, when esm is null): the
+// backcast, start and final states of the model.
+void qvtosta(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm);
+// "DemandSummary": the statistics of the demand intervals, sizes and
+// average demands of the series.
+void qvtoids(QVTCOM* com, const IDSERIES* ids);
+// "DemandSeasonalSummary" of one component (0 intervals, 1 sizes,
+// 2 average demands), one row a season; only with more than one season.
+void qvtoiss(QVTCOM* com, const IDSERIES* ids, int comp);
+// "Demands": the intermittent model's results by demand.
+void qvtodem(QVTCOM* com, const IDMODEL* idm);
 // "FitStatistics" (region 0) or "PerformanceStatistics" (any other region)
 // from outstat.stats.
 void qvtosof(QVTCOM* com, int region);

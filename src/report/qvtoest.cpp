@@ -1,8 +1,10 @@
-// "ParameterEstimates" and "SmoothedStates" of the smoothing model used.
+// "ParameterEstimates" and "SmoothedStates" (or "DemandStates") of the
+// model used: a smoothing model, or the intermittent model's components.
 #include <algorithm>
 #include <span>
 #include <vector>
 
+#include "intermittent/idmodel.hpp"
 #include "report/qvto.hpp"
 #include "report/tables.hpp"
 
@@ -36,10 +38,112 @@ bool hasSeason(int m) noexcept { return m == 5 || m == 6 || m == 7 || m == 11; }
 
 double at(const std::vector<double>& v, std::size_t i) { return i < v.size() ? v[i] : kMissing; }
 
+// The weights of a demand component in the order of its estimates, each
+// with the catalogue text of its name: base (level), base + 1 (trend),
+// base + 2 (damping); the one weight of DOUBLE is base + 3.
+struct ComponentParm {
+  int name;
+  const ESMPEST* p;
+};
+std::vector<ComponentParm> componentParms(const ESMODEL& c, int base) {
+  switch (c.modused) {
+    case kIdmSimple: return {{base, &c.pest.level}};
+    case kIdmLinear: return {{base, &c.pest.level}, {base + 1, &c.pest.trend}};
+    case kIdmDampTrend: return {{base, &c.pest.level}, {base + 1, &c.pest.trend}, {base + 2, &c.pest.damp}};
+    case kIdmDouble: return {{base + 3, &c.pest.level}};
+    default: return {};
+  }
+}
+
+bool componentTrend(const ESMODEL& c) noexcept {
+  return c.modused == kIdmLinear || c.modused == kIdmDampTrend || c.modused == kIdmDouble;
+}
+
+void demandEstimates(QVTCOM* com, const IDMODEL* idm) {
+  const bool croston = idm->modused == kIdmUsedCroston;
+  if (!croston && idm->modused != kIdmUsedAverage) return;
+  std::vector<ComponentParm> parms;
+  if (croston) {
+    parms = componentParms(idm->intv, 1120);
+    for (const ComponentParm& p : componentParms(idm->size, 1130)) parms.push_back(p);
+  } else {
+    parms = componentParms(idm->adem, 1140);
+  }
+  std::vector<std::string> labels;
+  int width = 0;
+  for (const ComponentParm& p : parms) {
+    labels.push_back(catText(com, p.name));
+    width = std::max(width, static_cast<int>(labels.back().size()));
+  }
+  TableOut t(com, "ParameterEstimates", TableKind::Data, 5200);
+  t.col("Parameter", 5211, ColType::Text, width);
+  t.col("Estimate", 5212, ColType::Double, 12);
+  t.col("StdErr", 5213, ColType::Double, 12);
+  t.col("tValue", 5214, ColType::Double, 8, 2);
+  t.col("Probt", 5215, ColType::Double, 6, kColFree, "PVALUE6.");
+  t.endCols();
+  t.variable();
+  t.value("Transform", com->current.trns.view());
+  t.value("Model", catText(com, croston ? 1030 : 1033));
+  for (std::size_t i = 0; i < parms.size(); ++i) {
+    const ESMPEST& e = *parms[i].p;
+    const TableCell row[] = {labels[i], e.estimate, e.stderr_, e.tvalue, e.pvalue};
+    t.row(row);
+  }
+  t.close();
+}
+
+// Backcast, start and final state of each part of the form in use. The
+// backcast runs backward in time, so its trend points the other way, as in
+// the smoothing table.
+void demandStates(QVTCOM* com, const IDMODEL* idm) {
+  const bool croston = idm->modused == kIdmUsedCroston;
+  if (!croston && idm->modused != kIdmUsedAverage) return;
+  struct Part {
+    const ESMODEL* c;
+    const char* level;
+    int levelLabel;
+    const char* trend;
+  };
+  std::vector<Part> parts;
+  if (croston) {
+    parts = {{&idm->intv, "IntervalLevel", 6161, "IntervalTrend"}, {&idm->size, "SizeLevel", 6171, "SizeTrend"}};
+  } else {
+    parts = {{&idm->adem, "AverageLevel", 6181, "AverageTrend"}};
+  }
+  TableOut t(com, "DemandStates", TableKind::Data, 6150);
+  t.col("State", 6110, ColType::Text, 8);
+  for (const Part& p : parts) {
+    t.col(p.level, p.levelLabel, ColType::Double, 12);
+    if (componentTrend(*p.c)) t.col(p.trend, p.levelLabel + 1, ColType::Double, 12);
+  }
+  t.endCols();
+  t.variable();
+  std::vector<TableCell> cells;
+  for (int k = 0; k < 3; ++k) {
+    cells.clear();
+    cells.emplace_back(catText(com, 6105 + k));
+    for (const Part& p : parts) {
+      const ESMSTATES& l = p.c->forecast.level;
+      const ESMSTATES& b = p.c->forecast.trend;
+      cells.emplace_back(k == 0 ? l.backcast : k == 1 ? l.start : l.final);
+      if (!componentTrend(*p.c)) continue;
+      const double v = k == 0 ? b.backcast : k == 1 ? b.start : b.final;
+      cells.emplace_back(k == 0 && !wzmis(v) ? -v : v);
+    }
+    t.row(cells);
+  }
+  t.close();
+}
+
 }  // namespace
 
-void qvtoest(QVTCOM* com, const WINMODEL* esm) {
-  if (!com->print.estimates || esm == nullptr) return;
+void qvtoest(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm) {
+  if (!com->print.estimates) return;
+  if (esm == nullptr) {
+    if (idm != nullptr) demandEstimates(com, idm);
+    return;
+  }
   const int model = esm->spec.code;
   const auto names = parmNames(model);
   std::vector<std::string> labels;
@@ -68,8 +172,12 @@ void qvtoest(QVTCOM* com, const WINMODEL* esm) {
   t.close();
 }
 
-void qvtosta(QVTCOM* com, const WINMODEL* esm) {
-  if (!com->print.states || esm == nullptr) return;
+void qvtosta(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm) {
+  if (!com->print.states) return;
+  if (esm == nullptr) {
+    if (idm != nullptr) demandStates(com, idm);
+    return;
+  }
   const int model = esm->spec.code;
   const bool trend = hasTrend(model);
   const int ns = hasSeason(model) ? std::max(esm->ts.nseasons, 0) : 0;

@@ -90,8 +90,15 @@ void qvtofor(QVTCOM* com, const FOR_OUT* fore, int method) {
   t.variable();
   t.value("Confidence", numText((1 - alpha) * 100));
   t.value("Lead", numText(static_cast<double>(com->out.tobs - com->out.nobs)));
-  t.value("First", timeText(*com, com->current.first));
-  t.value("Last", timeText(*com, com->current.last));
+  // The intermittent model's detailed table shows every period of the frame,
+  // so a used range has nothing to mark there. Its "Lead" would carry the
+  // label 5820 ("Forecast horizon"); named values have no label of their
+  // own in this output layer, so the number is handed over as elsewhere.
+  const bool demandDetails = method == kModelCroston && details && !com->op.nooutall;
+  if (!demandDetails) {
+    t.value("First", timeText(*com, com->current.first));
+    t.value("Last", timeText(*com, com->current.last));
+  }
 
   const auto at = [](const double* v, long i) { return TableCell(v != nullptr ? v[i] : kMissing); };
   std::vector<TableCell> cells;

@@ -144,14 +144,25 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   };
   int r = idmset(idm, ids);
   if (r < 0) return fail(kStatusForecast, r);
+  if (com->print.summary) qvtoids(com, ids);
+  if (com->print.summary) qvtoiss(com, ids, kIdsInterval);
+  if (com->print.summary) qvtoiss(com, ids, kIdsSize);
+  if (com->print.summary) qvtoiss(com, ids, kIdsAverage);
   if (memory(com) < 0) return;
   r = idmsel(idm, f.alpha);
   if (r < 0) return fail(kStatusNoData, r);
+  const int forms = idm->spec.modcode;
+  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmCroston)) qvtosec(com, &idm->intv);
+  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmCroston)) qvtosec(com, &idm->size);
+  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmAverage)) qvtosec(com, &idm->adem);
+  if (com->print.estimates && forms == kIdmBoth) qvtosei(com, idm);
   if (memory(com) < 0) return;
   r = idmfit(idm, 1);
   if (r < 0) return fail(kStatusEstimation, r);
 
   if (com->ds.outest.fileid) qvtdest(com, nullptr, idm);
+  if (com->print.estimates) qvtoest(com, nullptr, idm);
+  if (com->print.states) qvtosta(com, nullptr, idm);
   if (memory(com) < 0) return;
 
   FOR_OUT fore = resultVectors(com, f.alpha);
@@ -162,6 +173,7 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   fore.date = com->out.id;
   fore.actual = com->out.y;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
+  if (com->print.forecasts) qvtodem(com, idm);
   if (com->print.forecasts) qvtofor(com, &fore, kModelCroston);
   if (memory(com) < 0) return;
 
@@ -322,8 +334,8 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   }
 
   if (com->ds.outest.fileid) qvtdest(com, model.esm, nullptr);
-  if (com->print.estimates) qvtoest(com, model.esm);
-  if (com->print.states) qvtosta(com, model.esm);
+  if (com->print.estimates) qvtoest(com, model.esm, nullptr);
+  if (com->print.states) qvtosta(com, model.esm, nullptr);
   if (memory(com) < 0) return;
 
   FOR_OUT fore = resultVectors(com, f.alpha);

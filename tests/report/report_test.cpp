@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "calendar/interval.hpp"
 #include "host/output_layer.hpp"
+#include "intermittent/idmodel.hpp"
 #include "report/qvto.hpp"
 
 namespace qvt {
@@ -45,6 +47,11 @@ class CaptureHost : public Host {
 };
 
 double num(const TableCell& c) { return std::get<double>(c); }
+// The cell of column `col` in row r.
+double num(const Table& t, std::size_t r, std::string_view col) {
+  const auto k = std::find_if(t.cols.begin(), t.cols.end(), [&](const TableColumn& c) { return c.name == col; });
+  return num(t.rows.at(r).at(std::size_t(k - t.cols.begin())));
+}
 
 // forformat's decimal steps at both sides of each boundary; the expected
 // decimals are read off its table of cases (84 stands for free).
@@ -151,8 +158,8 @@ TEST_F(Fixture, TablesFollowThePrintFlags) {
   const auto run = [&] {
     h.tables.clear();
     qvtovar(&com);
-    qvtoest(&com, &esm);
-    qvtosta(&com, &esm);
+    qvtoest(&com, &esm, nullptr);
+    qvtosta(&com, &esm, nullptr);
     qvtosof(&com, 0);
     qvtosof(&com, 1);
     qvtofor(&com, &fore, 6);
@@ -299,6 +306,108 @@ TEST(OutputLayer, CallOrderCodes) {
   EXPECT_EQ(l.tableClose(t), kHostBadHandle);
   ASSERT_EQ(got.size(), 1u);
   EXPECT_EQ(got[0].rows.size(), 1u);
+}
+
+// The intermittent tables on a model built by the real routines: demands at
+// observations 2, 6, 8, 13, 16, 20 of 24, three seasons coded t % 3, every
+// component SIMPLE with the weight 0.3 fixed unless a test changes spec.
+const std::vector<double> kDemand = {0, 0, 3, 0, 0, 0, 5, 0, 2, 0, 0, 0, 0, 7, 0, 0, 4, 0, 0, 0, 6, 0, 0, 0};
+
+struct Demand : Fixture {
+  IDSERIES* ids = nullptr;
+  IDMODEL* idm = nullptr;
+  IDMSPEC spec;
+  void SetUp() override {
+    Fixture::SetUp();
+    idmsdft(&spec);
+    for (ESMSPEC* c : {&spec.intv, &spec.size, &spec.adem}) {
+      c->modcode = kIdmSimple, c->trnscode = 0, c->noest = c->level.noest = 1;
+      c->level.parm = c->level.lower = c->level.upper = 0.3;
+    }
+  }
+  void TearDown() override { idmtrm(&idm), idstrm(&ids); }
+  // The run's intermittent path, in its order; only the intervals are ever
+  // transformed here.
+  void build() {
+    INTERVAL day;
+    zintic(kIntDay, &day);
+    std::vector<int> sc;
+    for (std::size_t t = 0; t < kDemand.size(); ++t) sc.push_back(int(t % 3));
+    spec.specified = 1, spec.modcode = kIdmBoth;
+    ASSERT_EQ(idsint(0, 0, &day, "B", 3, &ids) + idmint(0, 0, &idm), 0);
+    for (const int rc : {idsset(ids, long(kDemand.size()), kDemand.data(), nullptr, sc.data(), 0.0, 0, 0),
+                         idmspc(idm, &spec, 1), idstrn(ids, spec.intv.trnscode, 0, 0, 0, 0, 0), idsss(ids, 1, 2),
+                         idmset(idm, ids), idmsel(idm, 0.05), idmfit(idm, 1), idmdem(idm, 1, 0.05)})
+      ASSERT_GE(rc, 0);
+  }
+};
+
+// Each table under its flag (with one form a component, only the choice
+// between the forms is shown), the range of the detailed Forecasts, and the
+// sizes by season against the series.
+TEST_F(Demand, TablesFollowThePrintFlags) {
+  build();
+  const auto run = [&](char* flag) {
+    h.tables.clear();
+    *flag = 1;
+    qvtoids(&com, ids);
+    for (int c = 0; c < 3; ++c) qvtoiss(&com, ids, c);
+    for (const ESMODEL* c : {&idm->intv, &idm->size, &idm->adem}) qvtosec(&com, c);
+    qvtosei(&com, idm), qvtoest(&com, nullptr, idm), qvtosta(&com, nullptr, idm), qvtodem(&com, idm);
+    *flag = 0;
+    return h.names();
+  };
+  using N = std::vector<std::string>;
+  EXPECT_EQ(run(&com.print.estimates), (N{"ModelSelection", "ParameterEstimates"}));
+  EXPECT_EQ(run(&com.print.states), N{"DemandStates"});
+  EXPECT_EQ(run(&com.print.forecasts), N{"Demands"});
+  EXPECT_EQ(run(&com.print.summary).size(), 4u);  // the summary, and one seasonal summary a component
+  // The detailed Forecasts of the demand model show every period: no range.
+  FOR_OUT fore;
+  com.print.forecasts = com.print.details = 1;
+  qvtofor(&com, &fore, 7), qvtofor(&com, &fore, kModelCroston);
+  EXPECT_EQ(CaptureHost::value(h.tables[4], "First") + CaptureHost::value(h.tables[5], "First"), "0<none>");
+  double n[3] = {}, total[3] = {};
+  for (std::size_t t = 0; t < kDemand.size(); ++t) n[t % 3] += kDemand[t] != 0, total[t % 3] += kDemand[t];
+  const Table& sizes = h.tables[2];
+  EXPECT_EQ(CaptureHost::value(sizes, "ComponentName"), "Size");
+  for (std::size_t r = 0; r < 3; ++r)
+    EXPECT_TRUE(num(sizes, r, "Season") == double(r + 1) && num(sizes, r, "N") == n[r] &&
+                num(sizes, r, "Total") == total[r]);
+}
+
+// Six interval candidates (three forms, plain and in logs) and the two forms:
+// "Selected" on the smallest RMSE. Then the last weight and the last backcast
+// state of each form: the LINEAR sizes' trend turned, the average's level.
+TEST_F(Demand, SelectionEstimatesAndStates) {
+  spec.intv.modcode = kIdmBestN, spec.intv.trnscode = kTrnsAuto, spec.intv.noest = spec.intv.level.noest = 0;
+  spec.intv.level.parm = spec.intv.level.lower = spec.intv.level.upper = kMissing;
+  spec.size.modcode = kIdmLinear, spec.size.trend.noest = 1;
+  spec.size.trend.parm = spec.size.trend.lower = spec.size.trend.upper = 0.1;
+  build();
+  com.print.estimates = com.print.states = 1;
+  qvtosec(&com, &idm->intv), qvtosei(&com, idm);
+  ASSERT_EQ(h.tables.size(), 2u);
+  EXPECT_EQ(h.tables[0].rows.size(), 6u);
+  for (const Table& t : h.tables) {
+    std::vector<double> stat;
+    for (std::size_t r = 0; r < t.rows.size(); ++r)
+      stat.push_back(wzmis(num(t, r, "Statistic")) ? 1e300 : num(t, r, "Statistic"));
+    const auto k = std::size_t(std::min_element(stat.begin(), stat.end()) - stat.begin());
+    const auto yes = [](const std::vector<TableCell>& r) { return std::get<std::string>(r[2]) == "Yes"; };
+    EXPECT_TRUE(yes(t.rows[k]) && std::count_if(t.rows.begin(), t.rows.end(), yes) == 1);
+  }
+  for (const bool avg : {false, true}) {
+    h.tables.clear();
+    idm->modused = avg ? kIdmUsedAverage : kIdmUsedCroston;
+    ASSERT_GE(idmfit(idm, 1), 0);
+    qvtoest(&com, nullptr, idm), qvtosta(&com, nullptr, idm);
+    const Table &e = h.tables.at(0), &st = h.tables.at(1);
+    EXPECT_EQ(num(e, e.rows.size() - 1, "Estimate"), avg ? 0.3 : 0.1);
+    EXPECT_EQ(CaptureHost::cols(st).back(), avg ? "AverageLevel" : "SizeTrend");
+    EXPECT_EQ(num(st, 0, CaptureHost::cols(st).back()),
+              avg ? idm->adem.forecast.level.backcast : -idm->size.forecast.trend.backcast);
+  }
 }
 
 }  // namespace

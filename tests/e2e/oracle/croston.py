@@ -52,9 +52,10 @@ def backcast_level(x, w):
     return level
 
 
-def croston(y, lead, alpha=0.05):
+def croston(y, lead, alpha=0.05, by_demand=None):
     """Rows (predict, std, lower, upper, stock) for the T + lead periods, the
-    two weights, and the demand-rate forecast."""
+    two weights, and the demand-rate forecast. by_demand, a list, receives a
+    row for each demand and the next; see make_run_cases.py for its columns."""
     T = len(y)
     obs, sizes, q = split(y)
     n = len(sizes)
@@ -81,6 +82,11 @@ def croston(y, lead, alpha=0.05):
         # Demand 0 lies before the smoothing starts; it takes the one-step
         # standard errors of the fits like every other demand.
         sd.append(math.sqrt((ss / I[t]) ** 2 + (S[t] * si / I[t] ** 2) ** 2))
+    for i in range(n + 1 if by_demand is not None else 0):
+        s_i = sizes[i] if i < n else None
+        act, stk = (None, None) if s_i is None else (s_i / q[i], rate[i] * q[i] - s_i)
+        by_demand.append((i + 1, q[i], I[i], si, s_i, S[i], ss, act, rate[i], sd[i], rate[i] - z * sd[i],
+                          rate[i] + z * sd[i], stk))
     rows, stock, pos = [], None, 0
     nper = T + lead
     for i in range(n + 1):

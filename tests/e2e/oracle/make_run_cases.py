@@ -367,6 +367,26 @@ def main():
           [["a", 0] + [cell(v) for v in describe(demand)] + [cell(4 * rate), "", "", "", cell(rate), cell(rate)],
            ["z", 6000] + [cell(v) for v in describe([0.0] * 44)] + ["", "", "", "", "", ""]])
 
+    # croston_tables: the series a of croston with PRINT=(SUMMARY ESTIMATES
+    # FORECASTS). The Demands table has a row for each of the 14 demands and
+    # one for the next, from the oracle's demand rows; DemandSummary the
+    # statistics of the complete intervals q_1..q_13, of the 14 sizes and of
+    # the average demands s_i / q_i, i >= 1 (statistics module: sample
+    # standard deviation). A demand row: its number from 1, the interval,
+    # its prediction and one-step standard error, the same of the size, and
+    # the rate's actual, prediction, standard error, limits and stock (the
+    # rate over the interval less the size).
+    c = case_dir("croston_tables")
+    write(os.path.join(c, "demand.csv"), ["date", "a"], zip(d44, demand))
+    dem = []
+    croston.croston(demand, 4, by_demand=dem)
+    write(os.path.join(c, "expect", "demands.csv"), ["INDEX", "INTERVAL", "PINTERVAL", "SINTERVAL", "SIZE", "PSIZE",
+          "SSIZE", "ACTUAL", "PREDICT", "STD", "LOWER", "UPPER", "STOCK"], [[cell(v) for v in r] for r in dem])
+    comps = [[float(r[1]) for r in dem[1:-1]], [r[4] for r in dem[:-1]], [r[7] for r in dem[1:-1]]]
+    write(os.path.join(c, "expect", "summary.csv"), ["TOTAL", "MIN", "MAX", "AVG", "STD", "RANGE"],
+          [[cell(f(x)) for f in (sum, min, max, statistics.mean, statistics.stdev)] + [cell(max(x) - min(x))]
+           for x in comps])
+
     # bestall: MODEL=BESTALL decides per series. a (above) has a median
     # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
     # croston. b = 10 + 2t has a demand every month (median interval 1): the
