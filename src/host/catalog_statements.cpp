@@ -109,6 +109,7 @@ constexpr CatalogEntry kRows[] = {
     {743, 3157, Warning, "NOEST in AVERAGE= with METHOD=LINEAR needs LEVELPARM= and TRENDPARM=; the weights of the average demand are estimated."},
     {743, 3158, Warning, "NOEST in AVERAGE= with METHOD=DAMPTREND needs LEVELPARM=, TRENDPARM= and DAMPPARM=; the weights of the average demand are estimated."},
     {743, 3159, Warning, "NOEST in AVERAGE= with METHOD=BESTN needs LEVELPARM=, TRENDPARM= and DAMPPARM=; the weights of the average demand are estimated."},
+    {743, 3160, Warning, "In the IDM statement, {1} breaks a rule of the intermittent-demand settings (a lower bound above the upper one, a weight outside its limits, or the like), so the whole statement was dropped and the default settings stand. Correct {1}."},
     // --- group 773: the LEAD= limit ---
     {773, 101, Warning, "LEAD={1} is above the limit of {2} periods; {2} is used."},
     {773, 102, Error, "LEAD={1} is above the limit of {2} periods. Give a smaller LEAD=."},

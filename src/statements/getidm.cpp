@@ -3,6 +3,8 @@
 // value is dropped or a limit replaced, and a set of settings that still
 // breaks a rule of idmsval is dropped as a whole for the defaults.
 #include <cmath>
+#include <string>
+#include <string_view>
 
 #include "intermittent/idmspec.hpp"
 #include "run/missing.hpp"
@@ -25,6 +27,7 @@ constexpr double kPointRest = 1e-12;
 constexpr int kMsgLevel = 3100;       // trend 3105, damp 3110; limits one above each
 constexpr int kMsgBoundsReversed = 3114;
 constexpr int kMsgNoEst = 3115;       // SIMPLE, DOUBLE, LINEAR, DAMPTREND, BESTN in turn
+constexpr int kMsgIdmDropped = 3160;  // (the setting that broke a rule)
 
 // Where one component sits in the record: its base field B and base bit F,
 // and its message offset.
@@ -46,6 +49,27 @@ void take(const STMT& r, int field, double* to) {
 
 void take(const STMT& r, int field, int* to) {
   if (const STLIST* f = number(r, field)) *to = static_cast<int>(f->number());
+}
+
+// The setting behind a code of idmsval, as the statement writes it.
+std::string_view brokenSetting(int code) {
+  switch (code) {
+    case kIdmsBadModel: return "the choice of INTERVAL=, SIZE= and AVERAGE=";
+    case kIdmsBadIntvMethod: return "METHOD= of INTERVAL=";
+    case kIdmsBadSizeMethod: return "METHOD= of SIZE=";
+    case kIdmsBadAdemMethod: return "METHOD= of AVERAGE=";
+    case kIdmsBadIntvTrns: case kIdmsIntvParm: return "TRANSFORM= of INTERVAL=";
+    case kIdmsBadSizeTrns: return "TRANSFORM= of SIZE=";
+    case kIdmsBadAdemTrns: return "TRANSFORM= of AVERAGE=";
+    case kIdmsSizeParm: return "TRANSFORM= of SIZE= or AVERAGE=";
+    case kIdmsIntvWeights: return "the weights of INTERVAL=";
+    case kIdmsSizeWeights: return "the weights of SIZE=";
+    case kIdmsAdemWeights: return "the weights of AVERAGE=";
+    case kIdmsIntvBounds: return "BOUNDS= of INTERVAL=";
+    case kIdmsSizeBounds: return "BOUNDS= of SIZE=";
+    case kIdmsAdemBounds: return "BOUNDS= of AVERAGE=";
+    default: return "the rounding of the forecasts";
+  }
 }
 
 void warn(QVTCOM* com, int msg, std::initializer_list<MsgArg> args) {
@@ -158,7 +182,12 @@ void getidm(QVTCOM* com, const STMT& proc) {
     s.modcode = kIdmBoth;
     s.noest = s.intv.noest && s.size.noest && s.adem.noest ? 1 : 0;
   }
-  if (idmsval(&s) < 0) idmsdft(&s);
+  // A rule still broken drops the statement for the defaults; the user is
+  // told which setting did it, since nothing else would show it.
+  if (const int bad = idmsval(&s); bad < 0) {
+    warn(com, kMsgIdmDropped, {std::string(brokenSetting(bad))});
+    idmsdft(&s);
+  }
   // Filled: by the statement, or by the defaults that stand without one.
   s.specified = 1;
 }

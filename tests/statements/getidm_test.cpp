@@ -44,11 +44,13 @@ TEST(Getidm, RepairsAreWarnings) {
   EXPECT_TRUE(wzmis(b.com->idmspec.size.level.parm));
 
   // Reversed bounds: getidm warns for intervals only; for sizes idmsval
-  // refuses them (-32) as any reversed pair, and the statement is dropped.
+  // refuses them (-32) as any reversed pair, and the statement is dropped
+  // with a warning that says so.
   Step d(program("size=(bounds=(5 2) method=linear)"));
   EXPECT_EQ(d.com->idmspec.size.fbnds.code, 0);
+  EXPECT_EQ(d.host->numbers(kMsgProc), std::vector<int>{3160});
   Step e(program("interval=(bounds=(5 2) method=linear) size=(method=simple)"));
-  EXPECT_EQ(e.host->numbers(kMsgProc), std::vector<int>{3114});
+  EXPECT_EQ(e.host->numbers(kMsgProc), (std::vector<int>{3114, 3160}));
   EXPECT_EQ(e.com->idmspec.intv.modcode, 9);
 }
 
