@@ -12,6 +12,7 @@
 #include "intermittent/idseries.hpp"
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
+#include "report/qvtg.hpp"
 #include "report/qvto.hpp"
 #include "run/append.hpp"
 #include "run/dovqvt.hpp"
@@ -359,6 +360,8 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   fore.actual = com->out.y + s;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
   if (com->ds.outcomp.fileid) qvtdcmp(com, &fore);
+  if (!com->plot.none) qvtgmod(com, &fore, method, model.esm->pest.nparms);
+  if (!com->plot.none) for (int type : {2, 1, 0}) qvtgfor(com, &fore, method, type);
   if (com->print.forecasts) qvtofor(com, &fore, method);
   if (memory(com) < 0) return;
 
