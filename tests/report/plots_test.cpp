@@ -66,7 +66,8 @@ TEST(PlotTicks, PeriodList) {
 }
 
 // By hand: at pi the fraction is 1/1; at pi/2, 1/1 is 0.5 off so it is
-// refined to 1/2; at 0.3 pi to 1/4 (0.25 is within 0.3 pi * 0.1 = 0.094).
+// refined to 1/2; at 0.35 pi 0/1 and 1/2 are 0.35 and 0.15 off, both above
+// 0.35 pi * 0.1 = 0.110, and 1/4 (0.1 off) is taken.
 TEST(PlotTicks, FrequencyList) {
   const std::string p = "(*ESC*){unicode pi}";
   struct Case {
@@ -80,7 +81,7 @@ TEST(PlotTicks, FrequencyList) {
        "\"0\" \"" + p + "/4\" \"" + p + "/2\" \"3" + p + "/4\" \"" + p + "\""},
       {pi / 2, " 0.000 0.393 0.785 1.178 1.571",
        "\"0\" \"" + p + "/8\" \"" + p + "/4\" \"3" + p + "/8\" \"" + p + "/2\""},
-      {0.3 * pi, " 0.000 0.196 0.393 0.589 0.785",
+      {0.35 * pi, " 0.000 0.196 0.393 0.589 0.785",
        "\"0\" \"" + p + "/16\" \"" + p + "/8\" \"3" + p + "/16\" \"" + p + "/4\""},
   };
   for (const Case& c : cases) {
