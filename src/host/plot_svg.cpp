@@ -215,10 +215,12 @@ std::string timeLines(const Table& t, const GraphSpec& g, const Lines& spec) {
   return svg.done();
 }
 
-// Bars from a baseline of 0, one for each lag, and dashed limits at +-lim.
-std::string lagBars(const GraphSpec& g, const std::vector<double>& v, int first, double lim, const char* xlabel) {
+// Bars from a baseline of 0, one for each lag, and a dashed limit at lim
+// (and at -lim when two-sided).
+std::string lagBars(const GraphSpec& g, const std::vector<double>& v, int first, double lim, const char* xlabel,
+                    bool twoSided = true) {
   if (v.size() <= static_cast<std::size_t>(first)) return {};
-  double vmin = std::min(0.0, -lim), vmax = std::max(0.0, lim);
+  double vmin = std::min({0.0, lim, twoSided ? -lim : 0.0}), vmax = std::max({0.0, lim, twoSided ? -lim : 0.0});
   for (std::size_t k = static_cast<std::size_t>(first); k < v.size(); ++k)
     vmin = std::min(vmin, v[k]), vmax = std::max(vmax, v[k]);
   const Axis a = niceAxis(vmin, vmax);
@@ -234,8 +236,10 @@ std::string lagBars(const GraphSpec& g, const std::vector<double>& v, int first,
     if (k % 5 == 0 || n <= 13) svg.text(x + w * 0.25, kHeight - kBottom + 16, std::to_string(k), "middle");
   }
   svg.line(kLeft, y(0), kWidth - kRight, y(0), "stroke=\"black\"");
-  if (lim > 0)
-    for (double l : {lim, -lim}) svg.line(kLeft, y(l), kWidth - kRight, y(l), "stroke=\"gray\" stroke-dasharray=\"4 3\"");
+  for (double l : {lim, -lim}) {
+    if (l != 0) svg.line(kLeft, y(l), kWidth - kRight, y(l), "stroke=\"gray\" stroke-dasharray=\"4 3\"");
+    if (!twoSided) break;
+  }
   return svg.done();
 }
 
@@ -283,6 +287,19 @@ std::string correlations(const Table& t, const GraphSpec& g) {
   if (norm)
     for (double& x : v) x /= se;
   return lagBars(g, v, 1, norm ? 2 : 2 * se, "Lag");
+}
+
+// Bars of the white-noise probabilities, or of their common logarithms,
+// against the 5% level; lags without degrees of freedom stay empty.
+std::string whiteNoise(const Table& t, const GraphSpec& g, bool logScale) {
+  const std::vector<double> e = column(t, "Error");
+  const int nlags = std::max(1, std::atoi(namedValue(t, g, "NLags").c_str()));
+  const int nparms = std::max(0, std::atoi(namedValue(t, g, "NParms").c_str()));
+  const std::vector<double> r = plotAcf(e, nlags);
+  if (r.empty()) return {};
+  std::vector<double> p = plotWhiteNoise(r, std::count_if(e.begin(), e.end(), present), nparms);
+  for (double& x : p) x = !present(x) ? 0 : logScale ? std::log10(std::max(x, 1e-300)) : x;
+  return lagBars(g, p, 1, logScale ? std::log10(0.05) : 0.05, "Lag", false);
 }
 
 }  // namespace
@@ -346,6 +363,46 @@ std::vector<double> plotIacf(const std::vector<double>& r) {
   return out;
 }
 
+double plotChiSquareTail(double x, double df) {
+  if (!(df > 0) || !(x > 0)) return df > 0 && x <= 0 ? 1 : kMissing;
+  const double a = df / 2, z = x / 2;
+  const double front = std::exp(-z + a * std::log(z) - std::lgamma(a));
+  if (z < a + 1) {
+    // The series of the lower tail P(a, z).
+    double term = 1 / a, sum = term;
+    for (int n = 1; n < 1000 && std::fabs(term) > std::fabs(sum) * 1e-16; ++n) sum += term *= z / (a + n);
+    return std::max(0.0, 1 - sum * front);
+  }
+  // The continued fraction of the upper tail by the modified Lentz method.
+  constexpr double kTiny = 1e-300;
+  double b = z + 1 - a, c = 1 / kTiny, d = 1 / b, h = d;
+  for (int i = 1; i < 1000; ++i) {
+    const double an = -i * (i - a);
+    b += 2;
+    d = an * d + b;
+    d = std::fabs(d) < kTiny ? kTiny : d;
+    c = b + an / c;
+    c = std::fabs(c) < kTiny ? kTiny : c;
+    d = 1 / d;
+    const double del = d * c;
+    h *= del;
+    if (std::fabs(del - 1) < 1e-16) break;
+  }
+  return front * h;
+}
+
+std::vector<double> plotWhiteNoise(const std::vector<double>& r, long m, int nparms) {
+  std::vector<double> p(r.size(), kMissing);
+  double q = 0;
+  for (std::size_t k = 1; k < r.size() && static_cast<long>(k) < m; ++k) {
+    q += r[k] * r[k] / static_cast<double>(m - static_cast<long>(k));
+    const long df = static_cast<long>(k) - nparms;
+    if (df >= 1)
+      p[k] = plotChiSquareTail(static_cast<double>(m) * static_cast<double>(m + 2) * q, static_cast<double>(df));
+  }
+  return p;
+}
+
 std::string renderGraphSvg(const Table& data, const GraphSpec& g) {
   const std::string_view n = g.name;
   if (n == "ModelPlot" || n == "ForecastsPlot" || n == "ForecastsOnlyPlot" || n == "ModelForecastsPlot")
@@ -357,6 +414,8 @@ std::string renderGraphSvg(const Table& data, const GraphSpec& g) {
   if (n == "ErrorHistogram") return histogram(data, g, "Error");
   if (n.starts_with("ErrorACF") || n.starts_with("ErrorPACF") || n.starts_with("ErrorIACF"))
     return correlations(data, g);
+  if (n == "ErrorWhiteNoiseProbPlot") return whiteNoise(data, g, false);
+  if (n == "ErrorWhiteNoiseLogProbPlot") return whiteNoise(data, g, true);
   if (n == "StockingLevelPlot")
     return timeLines(data, g, {"StockingLower", "StockingUpper", {"StockingPredict", "StockingLevel"}, "Actual", false});
   if (n == "StockingAveragePlot")

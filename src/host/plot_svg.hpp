@@ -21,4 +21,14 @@ std::vector<double> plotPacf(const std::vector<double>& r);
 // (Cleveland, 1972): (-phi_k + sum_j phi_j phi_{j+k}) / (1 + sum_j phi_j^2).
 std::vector<double> plotIacf(const std::vector<double>& r);
 
+// The upper tail P(X > x) of the chi-square distribution with df degrees of
+// freedom: the regularized incomplete gamma Q(df/2, x/2) by its series or
+// its continued fraction (Press et al., Numerical Recipes, 6.2).
+double plotChiSquareTail(double x, double df);
+// The white-noise probabilities of the Ljung-Box statistics of r over m
+// values (Ljung and Box, 1978): for each lag k = 1..nlags of r, P(chi2 with
+// k - nparms degrees of freedom > Q_k), Q_k = m (m + 2) sum r_j^2 / (m - j);
+// missing where k - nparms < 1. Element 0 is missing too.
+std::vector<double> plotWhiteNoise(const std::vector<double>& r, long m, int nparms);
+
 }  // namespace qvt

@@ -19,7 +19,7 @@ namespace {
 // once instead of drawing nothing without a word.
 void notePlots(QVTCOM* com) {
   const auto& g = com->plot;
-  if (g.wn || g.corr || g.periodogram || g.spectrum) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
+  if (g.corr || g.periodogram || g.spectrum) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
 }
 
 // Ends the group's series all at once: a frame no longer than BACK= leaves

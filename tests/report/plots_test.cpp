@@ -259,5 +259,21 @@ TEST(PlotStats, CorrelationsAgainstDirectFormulas) {
   EXPECT_TRUE(plotAcf({1.0, kMissing, 1.0}, 2).empty());  // c_0 = 0
 }
 
+// Chi-square tails: the 5% and 95% points of published tables (1 and 10
+// degrees of freedom), and exp(-x/2) for 2; both branches are reached.
+// Ljung-Box probabilities of Q_k = m (m + 2) sum r_j^2 / (m - j) by the
+// closed forms of 1 and 2 degrees of freedom: erfc(sqrt(Q/2)), exp(-Q/2).
+TEST(PlotStats, WhiteNoiseProbabilities) {
+  const double tails[][3] = {{3.841459, 1, 0.05}, {18.307038, 10, 0.05}, {3.940299, 10, 0.95},
+                             {1, 2, std::exp(-0.5)}, {10, 2, std::exp(-5.0)}};
+  for (const auto& c : tails) EXPECT_NEAR(plotChiSquareTail(c[0], c[1]), c[2], 1e-6) << c[0] << " " << c[1];
+  const std::vector<double> p = plotWhiteNoise({1, 0.3, -0.2, 0.1}, 50, 1);
+  ASSERT_EQ(p.size(), 4u);
+  EXPECT_TRUE(wzmis(p[1]));  // no degree of freedom left
+  const long double q2 = 50.0L * 52 * (0.09L / 49 + 0.04L / 48), q3 = q2 + 50.0L * 52 * 0.01L / 47;
+  EXPECT_NEAR(p[2], static_cast<double>(std::erfc(std::sqrt(q2 / 2))), 1e-12);
+  EXPECT_NEAR(p[3], static_cast<double>(std::exp(-q3 / 2)), 1e-12);
+}
+
 }  // namespace
 }  // namespace qvt
