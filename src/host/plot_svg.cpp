@@ -172,7 +172,9 @@ std::string timeLines(const Table& t, const GraphSpec& g, const Lines& spec) {
   svg.yAxis(a, g.label);
 
   // The time axis: about six labelled rows, in the ID's format when there is one.
-  const int tc = colIndex(t, "Time") >= 0 ? colIndex(t, "Time") : colIndex(t, "Obs");
+  int tc = -1;
+  for (const char* c : {"Time", "DemandTime", "Obs"})
+    if (tc < 0) tc = colIndex(t, c);
   const std::size_t every = std::max<std::size_t>(1, (n + 5) / 6);
   for (std::size_t i = 0; i < n; i += every) {
     svg.line(xAt(i, n), kHeight - kBottom, xAt(i, n), kHeight - kBottom + 4, "stroke=\"black\"");
@@ -422,10 +424,10 @@ std::string renderGraphSvg(const Table& data, const GraphSpec& g) {
     return timeLines(data, g, {"AverageLower", "AverageUpper", {"AveragePredict"}, "AverageActual", false});
   if (n == "DemandForecastsPlot") return timeLines(data, g, {"Lower", "Upper", {"Predict"}, "Actual", false});
   if (n == "DemandErrorsPlot") return timeLines(data, g, {"", "", {}, "Error", true});
-  if (n == "DemandIntervalPlot") return timeLines(data, g, {"", "", {}, "Interval", false});
-  if (n == "DemandSizePlot") return timeLines(data, g, {"", "", {}, "Size", false});
-  if (n == "DemandIntervalHistogram") return histogram(data, g, "Interval");
-  if (n == "DemandSizeHistogram") return histogram(data, g, "Size");
+  if (n == "DemandIntervalPlot") return timeLines(data, g, {"", "", {"PredictedInterval"}, "ActualInterval", false});
+  if (n == "DemandSizePlot") return timeLines(data, g, {"", "", {"PredictedSize"}, "ActualSize", false});
+  if (n == "DemandIntervalHistogram") return histogram(data, g, "ActualInterval");
+  if (n == "DemandSizeHistogram") return histogram(data, g, "ActualSize");
   return {};
 }
 

@@ -15,7 +15,7 @@ namespace qvt {
 namespace {
 
 // The plots of these kinds have no renderer in this build, nor have the
-// plots of intermittent demand series: a step that asks for one says so
+// stocking plots of intermittent demand series: a step that asks for one says so
 // once instead of drawing nothing without a word.
 void notePlots(QVTCOM* com) {
   const auto& g = com->plot;

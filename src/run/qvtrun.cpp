@@ -162,6 +162,7 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   fore.date = com->out.id;
   fore.actual = com->out.y;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
+  if (!com->plot.none) qvtgdem(com, idm);
   if (com->print.forecasts) qvtofor(com, &fore, kModelCroston);
   if (memory(com) < 0) return;
 

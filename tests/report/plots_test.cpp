@@ -197,6 +197,44 @@ TEST_F(PlotFixture, ForecastRowsAndLimits) {
   EXPECT_EQ(value(only, "Horizon"), "11");
 }
 
+// Two demands in the sample, one held out, and the next one forecast.
+TEST(PlotDemands, RowsAndGraphsByFlag) {
+  GraphHost h;
+  QVTCOM com;
+  com.host = &h;
+  IDSERIES ids;
+  ids.nsample = 2;
+  ids.nholdout = 1;
+  ids.time = {10, 13, 15, 19};
+  ids.intv.data = {3, 2, 4};
+  IDMODEL idm;
+  idm.ids = &ids;
+  idm.modused = kIdmUsedCroston;
+  idm.intv.forecast.predict = {3, 2.5, 2.2};
+  idm.intv.forecast.forecast = 3.5;
+  qvtgdem(&com, &idm);  // no flag
+  com.plot.models = com.plot.forecastsonly = 1;
+  qvtgdem(&com, &idm);
+  idm.modused = kIdmUsedAverage;
+  com.plot.models = 0;
+  com.plot.errors = 1;
+  qvtgdem(&com, &idm);
+  ASSERT_EQ(h.tables.size(), 2u);
+  EXPECT_EQ(h.graphs(), (std::vector<std::string>{"DemandIntervalPlot", "DemandIntervalHistogram", "DemandSizePlot",
+                                                  "DemandSizeHistogram", "DemandForecastsPlot", "DemandErrorsPlot",
+                                                  "DemandForecastsPlot"}));
+  const Table& t = h.tables[0];
+  ASSERT_EQ(t.rows.size(), 4u);
+  // Index, DemandTime, ActualInterval, PredictedInterval, ...: the last row
+  // predicts beyond the data, where no actual interval is known.
+  EXPECT_EQ(std::get<double>(t.rows[3][0]), 4);
+  EXPECT_EQ(std::get<double>(t.rows[3][1]), 19);
+  EXPECT_TRUE(wzmis(std::get<double>(t.rows[3][2])));
+  EXPECT_EQ(std::get<double>(t.rows[3][3]), 3.5);
+  EXPECT_EQ(std::get<double>(t.rows[1][3]), 2.5);
+  EXPECT_TRUE(wzmis(std::get<double>(h.tables[1].rows[1][3])));  // the average form fits no interval model
+}
+
 // Direct formulas in long double: r_k = c_k / c_0 over all pairs; phi_kk
 // as the last coefficient of the order-k Yule-Walker system solved by
 // Gaussian elimination; the inverse autocorrelations as the correlations
