@@ -144,7 +144,7 @@ struct FactoidLine {
 };
 
 // A graph drawn from a data table: the plot's name picks its renderer.
-struct GraphSpec {
+struct PlotGraph {
   std::string name;   // e.g. "ModelPlot"
   std::string templ;  // e.g. "QVT.QVT.Graphics.ModelPlot"
   std::string label;  // short label of the plot
@@ -160,7 +160,7 @@ struct Table {
   std::vector<FactoidLine> lines;
   std::vector<std::vector<TableCell>> rows;
   std::string group;  // label of the output group it was made in
-  std::vector<GraphSpec> graphs;  // graphs drawn from it, in their order
+  std::vector<PlotGraph> graphs;  // graphs drawn from it, in their order
   bool defined = false;  // columns are complete; rows may follow
 };
 
@@ -328,7 +328,7 @@ class Host {
   virtual TableHandle tableFind(std::string_view name) const;
   // Draws a graph from the open data table t, whose columns are complete;
   // the graph is rendered when t is closed, after t itself.
-  virtual int graphDraw(TableHandle t, const GraphSpec& graph);
+  virtual int graphDraw(TableHandle t, const PlotGraph& graph);
 
   // --- the step -----------------------------------------------------------
 

@@ -92,7 +92,7 @@ int OutputLayer::tableClose(TableHandle h) {
   return kHostOk;
 }
 
-int OutputLayer::graphDraw(TableHandle h, const GraphSpec& graph) {
+int OutputLayer::graphDraw(TableHandle h, const PlotGraph& graph) {
   Table* t = find(h);
   if (t == nullptr) return kHostBadHandle;
   if (!t->defined || t->head.kind != TableKind::Data) return kHostWrongState;

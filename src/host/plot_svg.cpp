@@ -65,7 +65,7 @@ std::vector<double> column(const Table& t, std::string_view name) {
   return v;
 }
 
-std::string namedValue(const Table& t, const GraphSpec& g, std::string_view name) {
+std::string namedValue(const Table& t, const PlotGraph& g, std::string_view name) {
   for (const TableValue& v : g.values)
     if (v.name == name) return v.text;
   for (const TableValue& v : t.values)
@@ -153,12 +153,12 @@ struct Lines {
   bool zero = false;                // a reference line at 0
 };
 
-std::string timeLines(const Table& t, const GraphSpec& g, const Lines& spec) {
+std::string timeLines(const Table& t, const PlotGraph& g, const Lines& want) {
   const std::size_t n = t.rows.size();
   std::vector<std::vector<double>> series;
-  for (const std::string& c : spec.lines) series.push_back(column(t, c));
-  const std::vector<double> lo = column(t, spec.lower), hi = column(t, spec.upper), pts = column(t, spec.points);
-  double vmin = spec.zero ? 0 : INFINITY, vmax = spec.zero ? 0 : -INFINITY;
+  for (const std::string& c : want.lines) series.push_back(column(t, c));
+  const std::vector<double> lo = column(t, want.lower), hi = column(t, want.upper), pts = column(t, want.points);
+  double vmin = want.zero ? 0 : INFINITY, vmax = want.zero ? 0 : -INFINITY;
   for (const auto* s : {&lo, &hi, &pts})
     for (double v : *s)
       if (present(v)) vmin = std::min(vmin, v), vmax = std::max(vmax, v);
@@ -184,7 +184,7 @@ std::string timeLines(const Table& t, const GraphSpec& g, const Lines& spec) {
     }
   }
   svg.xAxis(tc >= 0 ? t.cols[static_cast<std::size_t>(tc)].label : "Obs");
-  if (spec.zero) svg.line(kLeft, y(0), kWidth - kRight, y(0), "stroke=\"gray\" stroke-dasharray=\"4 3\"");
+  if (want.zero) svg.line(kLeft, y(0), kWidth - kRight, y(0), "stroke=\"gray\" stroke-dasharray=\"4 3\"");
 
   if (!lo.empty() && !hi.empty()) {
     for (std::size_t i = 0; i < n;) {
@@ -219,7 +219,7 @@ std::string timeLines(const Table& t, const GraphSpec& g, const Lines& spec) {
 
 // Bars from a baseline of 0, one for each lag, and a dashed limit at lim
 // (and at -lim when two-sided).
-std::string lagBars(const GraphSpec& g, const std::vector<double>& v, int first, double lim, const char* xlabel,
+std::string lagBars(const PlotGraph& g, const std::vector<double>& v, int first, double lim, const char* xlabel,
                     bool twoSided = true) {
   if (v.size() <= static_cast<std::size_t>(first)) return {};
   double vmin = std::min({0.0, lim, twoSided ? -lim : 0.0}), vmax = std::max({0.0, lim, twoSided ? -lim : 0.0});
@@ -246,7 +246,7 @@ std::string lagBars(const GraphSpec& g, const std::vector<double>& v, int first,
 }
 
 // A histogram of the values present, with Sturges' number of bins.
-std::string histogram(const Table& t, const GraphSpec& g, std::string_view col) {
+std::string histogram(const Table& t, const PlotGraph& g, std::string_view col) {
   std::vector<double> v;
   for (double x : column(t, col))
     if (present(x)) v.push_back(x);
@@ -273,7 +273,7 @@ std::string histogram(const Table& t, const GraphSpec& g, std::string_view col) 
   return svg.done();
 }
 
-std::string correlations(const Table& t, const GraphSpec& g) {
+std::string correlations(const Table& t, const PlotGraph& g) {
   const std::vector<double> e = column(t, "Error");
   int nlags = std::atoi(namedValue(t, g, "NLags").c_str());
   if (nlags < 1) nlags = 1;
@@ -293,7 +293,7 @@ std::string correlations(const Table& t, const GraphSpec& g) {
 
 // Bars of the white-noise probabilities, or of their common logarithms,
 // against the 5% level; lags without degrees of freedom stay empty.
-std::string whiteNoise(const Table& t, const GraphSpec& g, bool logScale) {
+std::string whiteNoise(const Table& t, const PlotGraph& g, bool logScale) {
   const std::vector<double> e = column(t, "Error");
   const int nlags = std::max(1, std::atoi(namedValue(t, g, "NLags").c_str()));
   const int nparms = std::max(0, std::atoi(namedValue(t, g, "NParms").c_str()));
@@ -405,7 +405,7 @@ std::vector<double> plotWhiteNoise(const std::vector<double>& r, long m, int npa
   return p;
 }
 
-std::string renderGraphSvg(const Table& data, const GraphSpec& g) {
+std::string renderGraphSvg(const Table& data, const PlotGraph& g) {
   const std::string_view n = g.name;
   if (n == "ModelPlot" || n == "ForecastsPlot" || n == "ForecastsOnlyPlot" || n == "ModelForecastsPlot")
     return timeLines(data, g, {"Lower", "Upper", {"Predict"}, "Actual", false});

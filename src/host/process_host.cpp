@@ -699,7 +699,7 @@ int ProcessHost::groupClose() {
   html_ += std::exchange(groupPlots_, {});
   return tables_.groupClose();
 }
-int ProcessHost::graphDraw(TableHandle t, const GraphSpec& graph) { return tables_.graphDraw(t, graph); }
+int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return tables_.graphDraw(t, graph); }
 
 // Each graph goes to the report after the tables of its group, and to a
 // file of its own named by series and plot; a name met again (the same
@@ -709,7 +709,7 @@ void ProcessHost::keepGraphs(const Table& t) {
   std::string series;
   for (const TableValue& v : t.values)
     if (v.name == "Variable") series = v.text;
-  for (const GraphSpec& g : t.graphs) {
+  for (const PlotGraph& g : t.graphs) {
     const std::string svg = renderGraphSvg(t, g);
     if (svg.empty()) continue;
     if (!cfg_.htmlFile.empty())

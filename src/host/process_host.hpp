@@ -142,7 +142,7 @@ class ProcessHost : public Host {
   int tableRow(TableHandle t, std::span<const TableCell> cells) override;
   int tableClose(TableHandle t) override;
   TableHandle tableFind(std::string_view name) const override;
-  int graphDraw(TableHandle t, const GraphSpec& graph) override;
+  int graphDraw(TableHandle t, const PlotGraph& graph) override;
 
  private:
   // Clears a progress line that stands on the terminal, so that the next

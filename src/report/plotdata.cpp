@@ -89,7 +89,7 @@ void PlotTable::row(std::span<const TableCell> cells) {
 
 void PlotTable::graph(std::string_view name, int label, int title, std::vector<TableValue> values) {
   if (!h_) return;
-  GraphSpec g;
+  PlotGraph g;
   g.name = std::string(name);
   g.templ = prefix(com_) + ".Graphics." + g.name;
   g.label = catText(com_, label);

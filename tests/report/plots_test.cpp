@@ -117,11 +117,11 @@ class GraphHost : public Host {
   int tableValue(TableHandle t, std::string_view n, std::string_view x) override { return layer.tableValue(t, n, x); }
   int tableRow(TableHandle t, std::span<const TableCell> c) override { return layer.tableRow(t, c); }
   int tableClose(TableHandle t) override { return layer.tableClose(t); }
-  int graphDraw(TableHandle t, const GraphSpec& g) override { return layer.graphDraw(t, g); }
+  int graphDraw(TableHandle t, const PlotGraph& g) override { return layer.graphDraw(t, g); }
   std::vector<std::string> graphs() const {
     std::vector<std::string> v;
     for (const Table& t : tables)
-      for (const GraphSpec& g : t.graphs) v.push_back(g.name);
+      for (const PlotGraph& g : t.graphs) v.push_back(g.name);
     return v;
   }
 };
