@@ -52,6 +52,7 @@ qvt::HostConfig hostConfig(const Common& c) {
   cfg.memsize = c.memsize;
   cfg.listingFile = c.listing;
   cfg.htmlFile = c.html;
+  cfg.plotsDir = c.plots;
   cfg.strict = c.strict;
   // A progress line only where someone watches: standard error on a terminal.
   if (isatty(STDERR_FILENO) != 0) cfg.progressStream = &std::cerr;

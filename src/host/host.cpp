@@ -82,6 +82,7 @@ int Host::tableLine(TableHandle, const FactoidLine&) { return kHostUnsupported; 
 int Host::tableRow(TableHandle, std::span<const TableCell>) { return kHostUnsupported; }
 int Host::tableClose(TableHandle) { return kHostUnsupported; }
 TableHandle Host::tableFind(std::string_view) const { return TableHandle{}; }
+int Host::graphDraw(TableHandle, const PlotGraph&) { return kHostUnsupported; }
 void Host::progress(long long) {}
 
 int hostMsgText(const Host& h, tchar* buf, int size, int group, int number,

@@ -127,6 +127,7 @@ struct TableHead {
   TableKind kind = TableKind::Data;
   std::string title;
   std::string contents;  // contents label of a factoid table
+  bool hidden = false;   // a plot's data table: kept for its graphs, not printed
 };
 
 // One named value a table carries ("Variable", "Lead", ...).
@@ -142,6 +143,15 @@ struct FactoidLine {
   std::string format;
 };
 
+// A graph drawn from a data table: the plot's name picks its renderer.
+struct PlotGraph {
+  std::string name;   // e.g. "ModelPlot"
+  std::string templ;  // e.g. "QVT.QVT.Graphics.ModelPlot"
+  std::string label;  // short label of the plot
+  std::string title;
+  std::vector<TableValue> values;  // the template's own named values
+};
+
 // A table as the output layer holds it.
 struct Table {
   TableHead head;
@@ -150,6 +160,7 @@ struct Table {
   std::vector<FactoidLine> lines;
   std::vector<std::vector<TableCell>> rows;
   std::string group;  // label of the output group it was made in
+  std::vector<PlotGraph> graphs;  // graphs drawn from it, in their order
   bool defined = false;  // columns are complete; rows may follow
 };
 
@@ -315,6 +326,9 @@ class Host {
   // The open table of that name (the summary tables stay open over a BY
   // group); the null handle when none is open.
   virtual TableHandle tableFind(std::string_view name) const;
+  // Draws a graph from the open data table t, whose columns are complete;
+  // the graph is rendered when t is closed, after t itself.
+  virtual int graphDraw(TableHandle t, const PlotGraph& graph);
 
   // --- the step -----------------------------------------------------------
 

@@ -92,6 +92,15 @@ int OutputLayer::tableClose(TableHandle h) {
   return kHostOk;
 }
 
+int OutputLayer::graphDraw(TableHandle h, const PlotGraph& graph) {
+  Table* t = find(h);
+  if (t == nullptr) return kHostBadHandle;
+  if (!t->defined || t->head.kind != TableKind::Data) return kHostWrongState;
+  if (graph.name.empty()) return kHostBadArgument;
+  t->graphs.push_back(graph);
+  return kHostOk;
+}
+
 TableHandle OutputLayer::tableFind(std::string_view name) const {
   // The latest of that name: a group that ended early may have left an
   // older one open, which the step's end drops.

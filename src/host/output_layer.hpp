@@ -27,6 +27,7 @@ class OutputLayer {
   int tableRow(TableHandle t, std::span<const TableCell> cells);
   int tableClose(TableHandle t);
   TableHandle tableFind(std::string_view name) const;
+  int graphDraw(TableHandle t, const PlotGraph& graph);
   // Tables still open (a step that ended early); they are dropped unrendered.
   void clear() { open_.clear(); group_.clear(); }
 
@@ -46,5 +47,9 @@ std::string renderListing(const Table& t);
 std::string renderHtml(const Table& t);
 // The text of one cell as the column's format renders it, without padding.
 std::string renderCell(const TableCell& cell, const TableColumn& col);
+
+// Renders one graph of a data table as a standalone SVG document; empty
+// when the plot's name has no renderer.
+std::string renderGraphSvg(const Table& data, const PlotGraph& graph);
 
 }  // namespace qvt

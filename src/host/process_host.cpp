@@ -1,11 +1,14 @@
 #include "host/process_host.hpp"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <utility>
 
 #include "host/csv_engine.hpp"
 #include "host/dsname.hpp"
@@ -21,6 +24,7 @@ namespace {
 // Host messages of the printed output, kept in the report part of the catalogue.
 constexpr int kMsgCantListing = 25;  // (file, reason)
 constexpr int kMsgCantHtml = 26;     // (file, reason)
+constexpr int kMsgCantPlot = 27;     // (file, reason)
 }  // namespace
 
 ProcessHost::ProcessHost(HostConfig cfg)
@@ -29,8 +33,11 @@ ProcessHost::ProcessHost(HostConfig cfg)
       pools_(cfg_.memsize ? cfg_.memsize : machineAvailableMemory()),
       listing_(cfg_.listingStream ? cfg_.listingStream : &std::cout),
       tables_([this](const Table& t) {
-        *listing_ << renderListing(t) << std::flush;
-        if (!cfg_.htmlFile.empty()) html_ += renderHtml(t);
+        if (!t.head.hidden) {
+          *listing_ << renderListing(t) << std::flush;
+          if (!cfg_.htmlFile.empty()) html_ += renderHtml(t);
+        }
+        keepGraphs(t);
       }) {
   auto csv = std::make_unique<CsvEngine>();
   csv->bufferBytes = cfg_.csvBufferBytes;
@@ -685,9 +692,42 @@ void ProcessHost::stepEnd(int rc) {
 }
 
 int ProcessHost::groupOpen(std::string_view name, std::string_view var, std::string_view label) {
+  html_ += std::exchange(groupPlots_, {});
   return tables_.groupOpen(name, var, label);
 }
-int ProcessHost::groupClose() { return tables_.groupClose(); }
+int ProcessHost::groupClose() {
+  html_ += std::exchange(groupPlots_, {});
+  return tables_.groupClose();
+}
+int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return tables_.graphDraw(t, graph); }
+
+// Each graph goes to the report after the tables of its group, and to a
+// file of its own named by series and plot; a name met again (the same
+// series in another BY group) gets a number behind it.
+void ProcessHost::keepGraphs(const Table& t) {
+  if (cfg_.htmlFile.empty() && cfg_.plotsDir.empty()) return;
+  std::string series;
+  for (const TableValue& v : t.values)
+    if (v.name == "Variable") series = v.text;
+  for (const PlotGraph& g : t.graphs) {
+    const std::string svg = renderGraphSvg(t, g);
+    if (svg.empty()) continue;
+    if (!cfg_.htmlFile.empty())
+      groupPlots_ += "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n";
+    if (cfg_.plotsDir.empty()) continue;
+    std::string base = (series.empty() ? std::string("plot") : series) + "_" + g.name;
+    for (char& c : base)
+      if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_' && c != '-') c = '_';
+    const int seen = plotFiles_[base]++;
+    if (seen > 0) base += "_" + std::to_string(seen + 1);
+    std::error_code ec;
+    fs::create_directories(cfg_.plotsDir, ec);  // a folder that cannot be made fails at the write below
+    const std::string file = (fs::path(cfg_.plotsDir) / (base + ".svg")).string();
+    std::ofstream f(file, std::ios::out | std::ios::trunc);
+    f << svg;
+    if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantPlot, {file, std::string(std::strerror(errno))});
+  }
+}
 int ProcessHost::tableOpen(const TableHead& head, TableHandle* out) { return tables_.tableOpen(head, out); }
 int ProcessHost::tableColumn(TableHandle t, const TableColumn& col) { return tables_.tableColumn(t, col); }
 int ProcessHost::tableColumnsEnd(TableHandle t) { return tables_.tableColumnsEnd(t); }
@@ -706,7 +746,7 @@ void ProcessHost::writeHtml() {
   std::ofstream f(cfg_.htmlFile, std::ios::out | std::ios::trunc);
   f << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
        "<body>\n"
-    << html_ << "</body>\n</html>\n";
+    << html_ << groupPlots_ << "</body>\n</html>\n";
   if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
 }
 

@@ -64,6 +64,9 @@ struct HostConfig {
   // The HTML report (--html); empty: none. It is rewritten at the end of
   // each step with every table so far, so a later failure keeps the rest.
   std::string htmlFile;
+  // A folder for one SVG file per plot (--plots); empty: none. Without it
+  // and without htmlFile plots are drawn nowhere.
+  std::string plotsDir;
   // Read buffer of CSV files in bytes; tests make it tiny.
   std::size_t csvBufferBytes = std::size_t{1} << 20;
 };
@@ -139,6 +142,7 @@ class ProcessHost : public Host {
   int tableRow(TableHandle t, std::span<const TableCell> cells) override;
   int tableClose(TableHandle t) override;
   TableHandle tableFind(std::string_view name) const override;
+  int graphDraw(TableHandle t, const PlotGraph& graph) override;
 
  private:
   // Clears a progress line that stands on the terminal, so that the next
@@ -217,6 +221,10 @@ class ProcessHost : public Host {
   std::ofstream listingFile_;
   std::ostream* listing_;
   std::string html_;  // the report's tables so far
+  // The plots of the open output group: they follow its tables in the report.
+  std::string groupPlots_;
+  std::map<std::string, int> plotFiles_;  // files written under plotsDir, by name
+  void keepGraphs(const Table& t);
   OutputLayer tables_;
 };
 

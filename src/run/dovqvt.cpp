@@ -15,14 +15,12 @@
 namespace qvt {
 namespace {
 
-// Plots have no renderer in this build: a step that asks for one says so
+// The plots of these kinds have no renderer in this build, nor have the
+// stocking plots of intermittent demand series: a step that asks for one says so
 // once instead of drawing nothing without a word.
 void notePlots(QVTCOM* com) {
   const auto& g = com->plot;
-  const bool plot = g.all || g.basic || g.errors || g.acf || g.pacf || g.iacf || g.wn || g.corr ||
-                    g.periodogram || g.spectrum || g.models || g.levels || g.trends || g.seasons ||
-                    g.modelforecasts || g.forecasts || g.forecastsonly;
-  if (plot) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
+  if (g.corr || g.periodogram || g.spectrum) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
 }
 
 // Ends the group's series all at once: a frame no longer than BACK= leaves

@@ -12,6 +12,7 @@
 #include "intermittent/idseries.hpp"
 #include "output/qvtds.hpp"
 #include "output/ztspool.hpp"
+#include "report/qvtg.hpp"
 #include "report/qvto.hpp"
 #include "stats/ztscp.hpp"
 #include "run/append.hpp"
@@ -174,6 +175,7 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   fore.actual = com->out.y;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
   if (com->print.forecasts) qvtodem(com, idm);
+  if (!com->plot.none) qvtgdem(com, idm);
   if (com->print.forecasts) qvtofor(com, &fore, kModelCroston);
   if (memory(com) < 0) return;
 
@@ -372,6 +374,8 @@ void runSeries(QVTCOM* com, int k, int nseasons, const DemandGuard& dm) {
   fore.actual = com->out.y + s;
   if (com->ds.outfor.fileid) qvtdfor(com, &fore);
   if (com->ds.outcomp.fileid) qvtdcmp(com, &fore);
+  if (!com->plot.none) qvtgmod(com, &fore, method, model.esm->pest.nparms);
+  if (!com->plot.none) for (int type : {2, 1, 0}) qvtgfor(com, &fore, method, type);
   if (com->print.forecasts) qvtofor(com, &fore, method);
   if (memory(com) < 0) return;
 

@@ -14,6 +14,9 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
       "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
       "absent_files": ["out.csv"],         # files that must not exist after the run
+      "svg_files": ["plots/a_ModelPlot.svg"],  # files that must exist and be well-formed SVG documents
+      "report_plots": {"file": "report.html", "names": [...]},  # the plots of the HTML report, in order,
+                                           # each a <figure data-name=...> holding well-formed SVG
       "tables": {"file": "report.html", "checks": [...]},  # printed tables of the HTML report,
                                            # found by table and column name (see compare_tables)
       "fields": [{"step": 0, "record": 1, "field": 3, "value": 43}],  # qvt check: a field's value
@@ -32,10 +35,12 @@ import html.parser
 import json
 import math
 import os
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree as ET
 
 
 def load_log(path):
@@ -159,6 +164,37 @@ def compare_tables(path, checks, case_dir, tol):
     return errors
 
 
+SVG_ROOT = "{http://www.w3.org/2000/svg}svg"
+
+
+def svg_errors(text, name):
+    try:
+        root = ET.fromstring(text)
+    except ET.ParseError as e:
+        return [f"{name} is not well-formed XML: {e}"]
+    return [] if root.tag == SVG_ROOT else [f"{name}: root element {root.tag}, expected an SVG document"]
+
+
+def check_plots(work, spec):
+    errors = []
+    for name in spec.get("svg_files", []):
+        p = os.path.join(work, name)
+        if not os.path.exists(p):
+            errors.append(f"{name} was not written")
+            continue
+        with open(p, encoding="utf-8") as f:
+            errors += svg_errors(f.read(), name)
+    if "report_plots" in spec:
+        p = os.path.join(work, spec["report_plots"]["file"])
+        text = open(p, encoding="utf-8").read() if os.path.exists(p) else ""
+        figs = re.findall(r'<figure class="plot" data-name="([^"]*)">\n(.*?)</figure>', text, re.S)
+        if [n for n, _ in figs] != spec["report_plots"]["names"]:
+            errors.append(f"report plots {[n for n, _ in figs]}, expected {spec['report_plots']['names']}")
+        for n, svg in figs:
+            errors += svg_errors(svg, f"report plot {n}")
+    return errors
+
+
 def contains(got, want, where="$"):
     if isinstance(want, dict):
         if not isinstance(got, dict):
@@ -222,6 +258,7 @@ def run_case(qvt, case_dir):
                 otol = expected.get("tolerance", tol)
                 expected = expected["expect"]
             errors += compare_csv(p, os.path.join(case_dir, expected), otol)
+        errors += check_plots(work, spec)
         for absent in spec.get("absent_files", []):
             if os.path.exists(os.path.join(work, absent)):
                 errors.append(f"{absent} must not exist")
