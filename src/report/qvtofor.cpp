@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "report/qvtg.hpp"
 #include "report/qvto.hpp"
 #include "report/tables.hpp"
 
@@ -47,10 +48,9 @@ int obsformat(double tobs) noexcept {
 }
 
 std::string confidenceText(double alpha) {
-  const double a = std::clamp(alpha, 0.01, 0.99);
-  const int p = 100 - static_cast<int>(std::floor(100 * a + 0.4999999999));
-  char buf[8];
-  std::snprintf(buf, sizeof buf, p < 10 ? " %1i" : "%2i", p);
+  // One rule for tables and plots; it also reads a missing alpha as 0.05.
+  char buf[3];
+  qvtocl(alpha, buf);
   return buf;
 }
 
