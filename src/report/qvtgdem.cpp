@@ -12,10 +12,6 @@
 namespace qvt {
 namespace {
 
-double at(const std::vector<double>& v, long i) noexcept {
-  return i >= 0 && static_cast<std::size_t>(i) < v.size() ? v[static_cast<std::size_t>(i)] : kMissing;
-}
-
 struct Column {
   const char* name;
   int label;
@@ -50,30 +46,10 @@ void qvtgdem(QVTCOM* com, const IDMODEL* idm) {
   t.value("Base", numText(ids.base));
   t.value("Number", numText(static_cast<double>(ids.n)));
 
-  // Decided here as for the printed table: the components' own forecasts
-  // exist only under Croston's method; the average form leaves them missing.
-  // The last row's interval and size are the components' forecasts beyond
-  // the data.
-  const bool croston = idm->modused == kIdmUsedCroston;
-  const ESMFOR* parts[] = {&idm->intv.forecast, &idm->size.forecast};
-  const IDSCOMP* actual[] = {&ids.intv, &ids.size};
-  const auto& r = idm->results;
-  const long last = ids.nsample + ids.nholdout;
+  // The rows of the printed Demands table.
   std::vector<TableCell> cells;
-  for (long i = 0; i <= last; ++i) {
-    cells.clear();
-    cells.emplace_back(static_cast<double>(i + 1));
-    cells.emplace_back(at(ids.time, i));
-    for (int k = 0; k < 2; ++k) {
-      const ESMFOR& f = *parts[k];
-      cells.emplace_back(at(actual[k]->data, i));
-      cells.emplace_back(!croston ? kMissing : i == last ? f.forecast : at(f.predict, i));
-      for (const std::vector<double>* v : {&f.std, &f.lower, &f.upper, &f.error})
-        cells.emplace_back(croston ? at(*v, i) : kMissing);
-    }
-    cells.emplace_back(at(ids.adem.data, i));
-    for (const std::vector<double>* v : {&r.predict, &r.std, &r.lower, &r.upper, &r.error, &r.stock})
-      cells.emplace_back(at(*v, i));
+  for (long i = 0; i <= ids.nsample + ids.nholdout; ++i) {
+    demandCells(*idm, i, &cells);
     t.row(cells);
   }
 

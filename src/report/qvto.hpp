@@ -5,6 +5,8 @@
 // show; the numbers come from the records the run has already filled.
 #pragma once
 
+#include <vector>
+
 #include "run/qvtcom.hpp"
 #include "smoothing/esmtypes.hpp"
 
@@ -47,6 +49,9 @@ void qvtoids(QVTCOM* com, const IDSERIES* ids);
 void qvtoiss(QVTCOM* com, const IDSERIES* ids, int comp);
 // "Demands": the intermittent model's results by demand.
 void qvtodem(QVTCOM* com, const IDMODEL* idm);
+// The cells of row i of the Demands table (demand i, or the forecast of the
+// next demand at i = nsample + nholdout); shared by the table and its plot.
+void demandCells(const IDMODEL& idm, long i, std::vector<TableCell>* cells);
 // "FitStatistics" (region 0) or "PerformanceStatistics" (any other region)
 // from outstat.stats.
 void qvtosof(QVTCOM* com, int region);

@@ -32,6 +32,28 @@ constexpr int kWidth = 12;
 
 }  // namespace
 
+void demandCells(const IDMODEL& idm, long i, std::vector<TableCell>* cells) {
+  const IDSERIES& ids = *idm.ids;
+  const bool croston = idm.modused == kIdmUsedCroston;
+  const ESMFOR* parts[] = {&idm.intv.forecast, &idm.size.forecast};
+  const IDSCOMP* actual[] = {&ids.intv, &ids.size};
+  const auto& r = idm.results;
+  const long last = ids.nsample + ids.nholdout;
+  cells->clear();
+  cells->emplace_back(static_cast<double>(i + 1));
+  cells->emplace_back(at(ids.time, i));
+  for (int k = 0; k < 2; ++k) {
+    const ESMFOR& f = *parts[k];
+    cells->emplace_back(at(actual[k]->data, i));
+    cells->emplace_back(!croston ? kMissing : i == last ? f.forecast : at(f.predict, i));
+    for (const std::vector<double>* v : {&f.std, &f.lower, &f.upper, &f.error})
+      cells->emplace_back(croston ? at(*v, i) : kMissing);
+  }
+  cells->emplace_back(at(ids.adem.data, i));
+  for (const std::vector<double>* v : {&r.predict, &r.std, &r.lower, &r.upper, &r.error, &r.stock})
+    cells->emplace_back(at(*v, i));
+}
+
 void qvtodem(QVTCOM* com, const IDMODEL* idm) {
   if (!com->print.forecasts || idm == nullptr || idm->ids == nullptr) return;
   const IDSERIES& ids = *idm->ids;
@@ -62,26 +84,9 @@ void qvtodem(QVTCOM* com, const IDMODEL* idm) {
   // are the components' forecasts beyond the data, the ones the demand rate
   // is made of (the interval raised to the time already elapsed), so that
   // the row reads as its rate does: predicted size over predicted interval.
-  const bool croston = idm->modused == kIdmUsedCroston;
-  const ESMFOR* parts[] = {&idm->intv.forecast, &idm->size.forecast};
-  const IDSCOMP* actual[] = {&ids.intv, &ids.size};
-  const auto& r = idm->results;
-  const long last = ids.nsample + ids.nholdout;
   std::vector<TableCell> cells;
-  for (long i = 0; i <= last; ++i) {
-    cells.clear();
-    cells.emplace_back(static_cast<double>(i + 1));
-    cells.emplace_back(at(ids.time, i));
-    for (int k = 0; k < 2; ++k) {
-      const ESMFOR& f = *parts[k];
-      cells.emplace_back(at(actual[k]->data, i));
-      cells.emplace_back(!croston ? kMissing : i == last ? f.forecast : at(f.predict, i));
-      for (const std::vector<double>* v : {&f.std, &f.lower, &f.upper, &f.error})
-        cells.emplace_back(croston ? at(*v, i) : kMissing);
-    }
-    cells.emplace_back(at(ids.adem.data, i));
-    for (const std::vector<double>* v : {&r.predict, &r.std, &r.lower, &r.upper, &r.error, &r.stock})
-      cells.emplace_back(at(*v, i));
+  for (long i = 0; i <= ids.nsample + ids.nholdout; ++i) {
+    demandCells(*idm, i, &cells);
     t.row(cells);
   }
   t.close();
