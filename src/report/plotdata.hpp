@@ -15,33 +15,22 @@
 
 namespace qvt {
 
-class PlotTable {
+class PlotTable : public TableOut {
  public:
   // Opens table `name` under the template prefix + "." + templ.
   PlotTable(QVTCOM* com, std::string_view name, std::string_view templ, int title);
   QVTCOM* com() const noexcept { return com_; }
-  explicit operator bool() const noexcept { return static_cast<bool>(h_); }
 
-  void col(std::string name, int label, ColType type, int width, int decimals = kColFree,
-           std::string format = {});
+  using TableOut::col;
   // "Lower" and "Upper" with the confidence level in their labels.
   void confidenceCols(double alpha, int decimals);
   // "Actual", labelled by the series' label or else its name.
   void actualCol(int decimals);
-  void endCols();
-  void value(std::string_view name, std::string_view text);
   // The named values of the time axis, the series and the confidence level.
   void axisValues(double alpha);
-  void row(std::span<const TableCell> cells);
   // Draws graph `name`: its label text, and its title text with the
   // series' name; values are the template's own.
   void graph(std::string_view name, int label, int title, std::vector<TableValue> values = {});
-  void close();
-
- private:
-  void check(int rc);
-  QVTCOM* com_;
-  TableHandle h_;
 };
 
 }  // namespace qvt

@@ -55,6 +55,10 @@ TableOut::TableOut(QVTCOM* com, std::string_view name, TableKind kind, int title
   check(com->host->tableOpen(head, &h_));
 }
 
+TableOut::TableOut(QVTCOM* com, const TableHead& head) : com_(com) {
+  check(com->host->tableOpen(head, &h_));
+}
+
 void TableOut::check(int rc) {
   if (rc >= 0) return;
   h_ = TableHandle{};

@@ -45,7 +45,10 @@ class TableOut {
   void row(std::span<const TableCell> cells);
   void close();
 
- private:
+ protected:
+  // Opens a table described in full (plots' data tables name their own
+  // template and may be hidden).
+  TableOut(QVTCOM* com, const TableHead& head);
   void check(int rc);
   QVTCOM* com_;
   TableHandle h_;
