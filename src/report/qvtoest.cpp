@@ -11,6 +11,21 @@
 namespace qvt {
 namespace {
 
+// The columns and named values of the estimates table. The widths of the
+// numbers are ours: 12 free places hold BEST's digits, a t value needs no
+// more than two decimals to be read.
+void estimateColumns(QVTCOM* com, TableOut& t, int width, const std::string& model) {
+  t.col("Parameter", 5211, ColType::Text, width);
+  t.col("Estimate", 5212, ColType::Double, 12);
+  t.col("StdErr", 5213, ColType::Double, 12);
+  t.col("tValue", 5214, ColType::Double, 8, 2);
+  t.col("Probt", 5215, ColType::Double, 6, kColFree, "PVALUE6.");
+  t.endCols();
+  t.variable();
+  t.value("Transform", com->current.trns.view());
+  t.value("Model", model);
+}
+
 // Catalogue texts of the weights of each smoothing model, in the order of
 // its estimates.
 std::span<const int> parmNames(int model) {
@@ -76,15 +91,7 @@ void demandEstimates(QVTCOM* com, const IDMODEL* idm) {
     width = std::max(width, static_cast<int>(labels.back().size()));
   }
   TableOut t(com, "ParameterEstimates", TableKind::Data, 5200);
-  t.col("Parameter", 5211, ColType::Text, width);
-  t.col("Estimate", 5212, ColType::Double, 12);
-  t.col("StdErr", 5213, ColType::Double, 12);
-  t.col("tValue", 5214, ColType::Double, 8, 2);
-  t.col("Probt", 5215, ColType::Double, 6, kColFree, "PVALUE6.");
-  t.endCols();
-  t.variable();
-  t.value("Transform", com->current.trns.view());
-  t.value("Model", catText(com, croston ? 1030 : 1033));
+  estimateColumns(com, t, width, catText(com, croston ? 1030 : 1033));
   for (std::size_t i = 0; i < parms.size(); ++i) {
     const ESMPEST& e = *parms[i].p;
     const TableCell row[] = {labels[i], e.estimate, e.stderr_, e.tvalue, e.pvalue};
@@ -153,17 +160,7 @@ void qvtoest(QVTCOM* com, const WINMODEL* esm, const IDMODEL* idm) {
     width = std::max(width, static_cast<int>(labels.back().size()));
   }
   TableOut t(com, "ParameterEstimates", TableKind::Data, 5200);
-  // The widths of the numbers are ours: 12 free places hold BEST's digits,
-  // a t value needs no more than two decimals to be read.
-  t.col("Parameter", 5211, ColType::Text, width);
-  t.col("Estimate", 5212, ColType::Double, 12);
-  t.col("StdErr", 5213, ColType::Double, 12);
-  t.col("tValue", 5214, ColType::Double, 8, 2);
-  t.col("Probt", 5215, ColType::Double, 6, kColFree, "PVALUE6.");
-  t.endCols();
-  t.variable();
-  t.value("Transform", com->current.trns.view());
-  t.value("Model", catText(com, model == 11 ? 1008 : 1000 + model));
+  estimateColumns(com, t, width, catText(com, model == 11 ? 1008 : 1000 + model));
   const MODELPEST& p = esm->pest;
   for (std::size_t i = 0; i < labels.size(); ++i) {
     const TableCell row[] = {labels[i], at(p.parms, i), at(p.stderr_, i), at(p.tvals, i), at(p.pvalue, i)};
