@@ -10,7 +10,7 @@ using enum Severity;
 constexpr CatalogEntry kRows[] = {
     {743, 101, Note, "{1} series were processed."},
     {743, 102, Note, "A model was requested for {1} of them."},
-    {743, 103, Note, "{1} series failed; their output rows have missing forecasts. The messages before this one say why."},
+    {743, 103, Note, "Series that failed: {1}. A failed series keeps its output rows, with missing forecasts; the messages above say why it failed."},
     {743, 110, Warning, "A BY group has no more periods than BACK= leaves out, so none of its series was forecast and it has no output rows. Lower BACK= or give the group more data."},
     {743, 120, Note, "More series failed than MAXERROR= allows messages for; the messages of the later failures were left out. Raise MAXERROR= to see them all."},
     {743, 2000, Error, "Out of memory while forecasting the series {1}; it has no output rows. Raise --memsize or use fewer periods per BY group."},
