@@ -261,29 +261,22 @@ Grid seconds(const INTERVAL& x) noexcept {
 }
 
 // A time grid as a grid on whole days (time2dayint): itself when its length
-// is whole days, else DAY with the ratio of the time grid in a day (r1).
-// The special missing value when it is neither.
-double toDays(const Grid& t, Grid* d, double* r1) noexcept {
+// is whole days, else DAY when it divides a day. The special missing value
+// when it is neither. A time grid finer than a day then relates to a grid of
+// varying length as DAY does: the varying count (-1) carries over, and no
+// grid that DAY is compared with here holds a fixed number of days, so the
+// ratio of the time grid in a day never enters the result.
+double toDays(const Grid& t, Grid* d) noexcept {
   const i64 off = floorMod(t.off, t.len);
   if (t.len % kDaySec == 0) {
     if (off % kDaySec != 0) return kShiftOff;
     *d = {t.len / kDaySec, off / kDaySec};
-    *r1 = 0;
     return 0;
   }
   if (kDaySec % t.len != 0) return kNotMultiple;
   if (off != 0) return kShiftOff;
   *d = {1, 0};
-  *r1 = -static_cast<double>(kDaySec / t.len);
   return 0;
-}
-
-// The ratio of two steps, time against days (r1) and days against b (r2).
-double chain(double r1, double r2) noexcept {
-  if (wzmis(r2) || r1 == 0) return r2;
-  if (r2 == 0) return r1;
-  if (r2 == -1) return -1.0;
-  return -(r1 * r2);  // both negative: b is coarser at each step
 }
 
 // Month indices at which the week of a retail month start is the same in
@@ -358,12 +351,13 @@ double timeVs(const INTERVAL& a, const INTERVAL& b, Cls cb) noexcept {
     const DayGrid d = onDays(b);
     return compare(t.len, t.off, d.g.len * kDaySec, d.g.off * kDaySec);
   }
+  // Working-day grids of whole weeks were compared in seconds above; the
+  // others, and retail and ISO years, have no fixed length in days.
   Grid d{1, 0};
-  double r1 = 0;
-  const double rc = toDays(t, &d, &r1);
+  const double rc = toDays(t, &d);
   if (wzmis(rc)) return rc;
-  if (cb == kWkday) return chain(r1, scan(dayGrid(d), onDays(b), false));
-  return chain(r1, dayRetail(d));
+  if (cb == kWkday) return scan(dayGrid(d), onDays(b), false);
+  return dayRetail(d);
 }
 
 // The pair with class(a) not after class(b).
