@@ -32,7 +32,7 @@ TEST(Zintc, HandWorkedPairs) {
       {"TENDAY", "QTR", "-9"},      {"WEEKDAY12W", "R445YR", ".B"},
       {"WEEKDAY2", "R445YR", ".M"}, {"FISCAL", "fiscal", "0"},    {"FISCAL", "MONTH", "."},
       {"WEEKDAY", "WEEKDAY1W", "1"}, {"WEEKDAY17W2", "WEEKDAY", "2"}, {"WEEKDAY", "WEEKDAY6W2", ".W"},
-      {"DAY7.2", "WEEKDAY23456W", "2"}, {"HOUR4.2", "R454YR", ".S"},
+      {"DAY7.2", "WEEKDAY23456W", "2"}, {"HOUR4.2", "R454YR", ".S"}, {"R445YR.9", "R454MON", ".S"},
   };
   for (const auto& r : rows) {
     const INTERVAL a = std::string(r[0]) == "FISCAL" ? testing::customInterval() : iv(r[0]);
