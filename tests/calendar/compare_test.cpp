@@ -30,7 +30,7 @@ TEST(Zintc, HandWorkedPairs) {
       {"WEEK", "MONTH", ".B"},
       {"HOUR", "MONTH", "-1"},
       {"HOUR5", "MONTH", "."},
-      {"HOUR", "WEEK", "-168"},
+      {"HOUR168.73", "R445YR", "-1"},  // weeks from Monday, in hours
       {"HOUR4.2", "R454YR", ".S"},
       {"R445YR.9", "R454MON", ".S"},
       {"TENDAY", "SEMIMONTH", ".B"},
