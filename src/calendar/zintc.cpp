@@ -419,9 +419,9 @@ double ordered(const INTERVAL& a, Cls ca, const INTERVAL& b, Cls cb) noexcept {
 
 bool sameToken(const INTERVAL& a, const INTERVAL& b) noexcept {
   if (a.tokenlen != b.tokenlen || a.tokenlen < 0 || a.tokenlen > kIntTokenSize) return false;
+  auto up = [](tchar c) { return std::toupper(static_cast<unsigned char>(c)); };
   for (int i = 0; i < a.tokenlen; ++i)
-    if (std::toupper(static_cast<unsigned char>(a.token[i])) != std::toupper(static_cast<unsigned char>(b.token[i])))
-      return false;
+    if (up(a.token[i]) != up(b.token[i])) return false;
   return true;
 }
 
