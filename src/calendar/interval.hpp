@@ -168,8 +168,9 @@ double zintck3(const INTERVALX& intervalx, double date0, double date1) noexcept;
 // lengths that aren't multiples, .S lengths that fit with boundaries that
 // don't line up, .B no common base (weeks against months), .W working-day
 // grids whose weekends can't be matched, .E a code that isn't one. The
-// ordinary missing value: no statement can be made (custom calendars,
-// a time grid longer than a day against months).
+// ordinary missing value: no statement can be made (custom calendars, a
+// time grid whose length doesn't divide a day against months, working-day
+// grids whose common period is too long to walk).
 double zintc(const INTERVAL& a, const INTERVAL& b) noexcept;
 
 // The interval for which d2 is one step ("S" alignment) on from d1, on the

@@ -7,6 +7,21 @@
 // `compare` decides. Grids of working days have no fixed length in days; a
 // pair with such a grid is decided by walking both grids over their common
 // period, day by day (`scan`).
+//
+// Choices made here, each so that the verdict is the one the two grids'
+// boundaries give:
+// - A week in seconds carries its true offset (its Sunday or Monday start),
+//   not its bare shift, so HOUR168 against WEEK sees that they differ.
+// - TENDAY has no fixed length in seconds (its last tenday of a month runs
+//   8 to 11 days); against time grids it is taken as the months are.
+// - A time grid that has no boundary at midnight doesn't nest in a month,
+//   a retail month or a working day: .S, as for any shift that doesn't line
+//   up.
+// - Two retail patterns are compared on the months themselves: the coarser
+//   grid must start only in months that both patterns start in the same
+//   week. Quarters always do; R445QTR.2 against R454MON does too.
+// - Two observation grids with different shifts are compared like any two
+//   grids with lengths and offsets.
 #include <cctype>
 #include <numeric>
 
