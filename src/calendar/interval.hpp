@@ -159,4 +159,25 @@ int zintshft(const INTERVAL& istr, INTERVAL* sistr) noexcept;
 // intervals from date0 with "S" alignment does not overshoot date1.
 double zintck3(const INTERVALX& intervalx, double date0, double date1) noexcept;
 
+// ---------------------------------------------------------------------------
+// Comparison and fitting
+
+// How grid a relates to grid b: 0 the same boundaries; k >= 2 a is made of
+// exactly k intervals of b (-k the other way); 1 a holds a whole but varying
+// number of b (-1 the other way). Special missing values say why not: .M
+// lengths that aren't multiples, .S lengths that fit with boundaries that
+// don't line up, .B no common base (weeks against months), .W working-day
+// grids whose weekends can't be matched, .E a code that isn't one. The
+// ordinary missing value: no statement can be made (custom calendars, a
+// time grid whose length doesn't divide a day against months, working-day
+// grids whose common period is too long to walk).
+double zintc(const INTERVAL& a, const INTERVAL& b) noexcept;
+
+// The interval for which d2 is one step ("S" alignment) on from d1, on the
+// units units[0] ('d' dates, 's' datetimes, 'o' observation numbers). info,
+// when given, gets its cycle and default format. 0 found; 1 none (interval
+// is NONE with units 'u'); 2 a missing date; 3 d2 not at least 1 above d1;
+// 2 also for a null interval.
+int zintfit(double d1, double d2, const tchar* units, INTERVAL* interval, INTINFO* info) noexcept;
+
 }  // namespace qvt

@@ -8,6 +8,7 @@
 
 #include "calendar/interval.hpp"
 #include "calendar/zcust.hpp"
+#include "calendar/zfmt.hpp"
 #include "calendar/zintcycle.hpp"
 #include "calendar/zintcycle_util.hpp"
 #include "run/missing.hpp"
@@ -198,6 +199,33 @@ int retailQtr(int code) noexcept {
   }
 }
 
+// Names a multiple by the interval fitted to the span of one of its
+// intervals from date 0 (MONTH12 as YEAR, DAY7 as WEEK.6): when the two
+// grids are the same the fit, with its format, replaces the multiple. With
+// fuzzy acceptance a multiple of days or working days without shift takes a
+// WEEK fit without its shift, and a multiple of days whose fit is not the
+// same grid still takes a fit on weeks or longer (DAY30 as MONTH).
+void simplifyByFit(INTERVALX* out, const INTERVALX& src, int act_flag) noexcept {
+  const double s0 = zintnx_seas(out, 0.0, 0, nullptr);
+  const double s1 = wzmis(s0) ? s0 : zintnx_seas(out, s0, 1, nullptr);
+  const char units[1] = {out->units};
+  INTERVAL found;
+  if (wzmis(s1) || zintfit(s0, s1, units, &found, nullptr) != 0) return;
+  const bool fuzzy = (act_flag & kMultFuzzyDay) != 0;
+  const bool dayLike = src.intcode == kIntDay || src.intcode == kIntWeekday;
+  if (zintc(*out, found) == 0) {
+    if (fuzzy && dayLike && src.shiftper == 0 && found.intcode == kIntWeek) found.shiftper = 0;
+  } else if (!(fuzzy && src.intcode == kIntDay && found.intcode > kIntWeek)) {
+    return;
+  }
+  INTERVALX x = *out;
+  static_cast<INTERVAL&>(x) = found;
+  if (cycle::retoken(&x) != 0) return;
+  short width2 = 0;
+  zintfmt(&x, x.format, &x.formatl, &x.formatw, &width2);
+  *out = x;
+}
+
 }  // namespace
 
 int zintsea(const INTERVAL* interval, double date, INTERVAL* sinterval, int* nseasons) noexcept {
@@ -287,9 +315,12 @@ int zintmult(const INTERVALX* interval, int nseasons, INTERVALX* sinterval, int 
       }
     }
     if (!keepRetail) zintrsimp(&out);
-    // Other codes would be compared with the interval fitted to one cycle's
-    // span (MONTH12 as YEAR, DAY7 as WEEK); that comparison of grids is not
-    // available in this build, so they keep the multiplied name.
+    // Codes that the week and retail rules leave alone (custom calendars
+    // have no fit) are named by the grid that one of their intervals spans.
+    const int c = src.intcode;
+    const bool byRules = cycle::isWeekly(c) || (c >= kIntR445Mon && c <= kIntYearV && c != kIntQtr &&
+                                                 c != kIntSemiyear && c != kIntYear);
+    if (!byRules && c != kIntCustom && c != kIntNone) simplifyByFit(&out, src, act_flag);
   }
 
   if (out.sinterval != nullptr) {

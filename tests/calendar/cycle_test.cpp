@@ -250,7 +250,7 @@ TEST(CycleSet, CycleOfAMultipleAndFromWhatTheCallerGives) {
     INTERVALX place, out;
     out.sinterval = &place;
     ASSERT_EQ(zintmult(&month, 3, &out, c.i(1)), 0);
-    EXPECT_EQ(testing::str(name(out), name(place), out.nseasons), "MONTH3. " + c.join(2, 3));
+    EXPECT_EQ(testing::str(name(out), name(place), out.nseasons), "QTR " + c.join(2, 3));
   }
   INTERVALX self = ivx("WEEK");  // a result and its source may be one record
   ASSERT_EQ(zintmult(&self, 52, &self, 0), 0);
