@@ -86,9 +86,9 @@ int esm_allocate(ESMODEL* esm, long n) noexcept;
 void esm_deallocate(ESMODEL* esm) noexcept;
 // Weights, estimates and their statistics back to missing.
 int esm_reset(ESMODEL* esm) noexcept;
-// Takes a specification: the candidate list, the weight bounds.
+// Takes the settings of a component: the candidate list, the weight bounds.
 int esm_spec(ESMODEL* esm, int noest, const ESMSPEC* spec) noexcept;
-// Chooses form and transformation by the specification's criterion,
+// Chooses form and transformation by the settings' criterion,
 // on the last nholdout values when nholdout >= 1.
 int esm_select(ESMODEL* esm, double* work, double* intwgts, double alpha, long nholdout,
                long minobstrend) noexcept;

@@ -72,7 +72,7 @@ int idmint(long anobs, long an, IDMODEL** idm) noexcept;
 // Frees everything; *idm becomes null. Null is allowed.
 void idmtrm(IDMODEL** idm) noexcept;
 
-// Takes a specification (null or not specified: the defaults), validated
+// Takes the model settings (null or not filled: the defaults), validated
 // when validate is non-zero; a refused one leaves the earlier in force.
 int idmspc(IDMODEL* idm, const IDMSPEC* spec, int validate) noexcept;
 // Takes a loaded demand series; the caller keeps it alive.

@@ -1,4 +1,4 @@
-// How an intermittent series is to be modelled: one smoothing specification
+// How an intermittent series is to be modelled: one set of smoothing settings
 // for each demand component (intervals, sizes, average demand) and what
 // applies to the model as a whole. The IDM statement fills it and the
 // intermittent model takes it; idmsdft and idmsval are the one place of its
