@@ -145,18 +145,23 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   };
   int r = idmset(idm, ids);
   if (r < 0) return fail(kStatusForecast, r);
-  if (com->print.summary) qvtoids(com, ids);
-  if (com->print.summary) qvtoiss(com, ids, kIdsInterval);
-  if (com->print.summary) qvtoiss(com, ids, kIdsSize);
-  if (com->print.summary) qvtoiss(com, ids, kIdsAverage);
+  if (com->print.summary) {
+    qvtoids(com, ids);
+    for (int c : {kIdsInterval, kIdsSize, kIdsAverage}) qvtoiss(com, ids, c);
+  }
   if (memory(com) < 0) return;
   r = idmsel(idm, f.alpha);
   if (r < 0) return fail(kStatusNoData, r);
-  const int forms = idm->spec.modcode;
-  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmCroston)) qvtosec(com, &idm->intv);
-  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmCroston)) qvtosec(com, &idm->size);
-  if (com->print.estimates && (forms == kIdmBoth || forms == kIdmAverage)) qvtosec(com, &idm->adem);
-  if (com->print.estimates && forms == kIdmBoth) qvtosei(com, idm);
+  if (com->print.estimates) {
+    // The choices made within each form that was a candidate, then between the forms.
+    const int forms = idm->spec.modcode;
+    if (forms != kIdmAverage) {
+      qvtosec(com, &idm->intv);
+      qvtosec(com, &idm->size);
+    }
+    if (forms != kIdmCroston) qvtosec(com, &idm->adem);
+    if (forms == kIdmBoth) qvtosei(com, idm);
+  }
   if (memory(com) < 0) return;
   r = idmfit(idm, 1);
   if (r < 0) return fail(kStatusEstimation, r);
