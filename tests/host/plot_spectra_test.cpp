@@ -37,9 +37,10 @@ TEST(PlotSpectra, PeriodogramAgainstDirectSumAndParseval) {
       for (long k = 0; k <= n / 2; ++k) {
         std::complex<long double> z = 0;
         for (long t = 0; t < n; ++t)
-          z += (v[t] - (centre ? mean : 0)) * std::polar(1.0L, -2 * std::numbers::pi_v<long double> * k * t / n);
+          z += (v[t] - (centre ? mean : 0)) *
+               std::polar(1.0L, -2 * std::numbers::pi_v<long double> * k * t / n);
         const long double want = 2 * std::norm(z) / n;
-        EXPECT_NEAR(ord[k], static_cast<double>(want), 1e-9 * (1 + static_cast<double>(want))) << n << " " << k;
+        EXPECT_NEAR(ord[k], static_cast<double>(want), 1e-9 * (1 + ord[k])) << n << " " << k;
         if (k >= 1) sum += ord[k] * (2 * k == n ? 0.5L : 1.0L);
       }
       EXPECT_TRUE(!centre || std::fabs(static_cast<double>(sum - ss)) < 1e-9 * static_cast<double>(ss)) << n;
@@ -69,12 +70,13 @@ TEST(PlotSpectra, BartlettSmoothing) {
   for (long n : {7L, 8L})
     for (int m : {0, 1, 3, 9})
       for (bool centred : {false, true}) {
-        const std::vector<double> f = plotBartlett(std::vector<double>(n / 2 + 1, 2.5), n, m, centred, nullptr);
+        const std::vector<double> f =
+            plotBartlett(std::vector<double>(n / 2 + 1, 2.5), n, m, centred, nullptr);
         ASSERT_EQ(f.size(), static_cast<std::size_t>(n / 2 + 1));
         for (double v : f) EXPECT_NEAR(v, 2.5, 1e-12) << n << " " << m << " " << centred;
       }
   const std::vector<double> ord = {1, 4, 9, 16, 25};
-  const double cases[][4] = {{0, 2, 9.5, 16.0 / 3}, {0, 0, 2.5, 8.0 / 3}, {1, 0, 4, 2}, {0, 4, 20.5, 8.0 / 3}};
+  const double cases[][4] = {{0, 2, 9.5, 16 / 3.}, {0, 0, 2.5, 8 / 3.}, {1, 0, 4, 2}, {0, 4, 20.5, 8 / 3.}};
   for (const auto& c : cases) {  // centred, k, value, nu
     std::vector<double> edf;
     const std::vector<double> f = plotBartlett(ord, 8, 1, c[0] != 0, &edf);
@@ -89,8 +91,11 @@ TEST(PlotSpectra, BartlettSmoothing) {
 // Quantiles of published chi-square tables (to their six figures), and
 // 2 ln 2, the median of 2 degrees of freedom, whose tail is exp(-x/2).
 TEST(PlotSpectra, ChiSquareQuantile) {
-  const double table[][3] = {{0.975, 10, 20.4832}, {0.025, 10, 3.24697}, {0.95, 1, 3.84146},
-                             {0.99, 30, 50.8922},  {0.5, 2, 2 * std::log(2.0)}};
+  const double table[][3] = {{0.975, 10, 20.4832},
+                             {0.025, 10, 3.24697},
+                             {0.95, 1, 3.84146},
+                             {0.99, 30, 50.8922},
+                             {0.5, 2, 2 * std::log(2.0)}};
   for (const auto& c : table)
     EXPECT_NEAR(plotChiSquareQuantile(c[0], c[1]), c[2], 5e-6 * c[2]) << c[0] << " " << c[1];
   for (const auto& bad : {std::pair(0.0, 3.0), std::pair(1.0, 3.0), std::pair(0.5, 0.0)})
