@@ -107,7 +107,8 @@ std::string polyline(const FrequencyFrame& f, const std::vector<double>& w, cons
 // The Fourier frequencies 2 pi k / n of the ordinates k = first..size-1.
 std::vector<double> fourier(std::size_t size, std::size_t first, long n) {
   std::vector<double> w;
-  for (std::size_t k = first; k < size; ++k) w.push_back(2 * kPi * static_cast<double>(k) / static_cast<double>(n));
+  for (std::size_t k = first; k < size; ++k)
+    w.push_back(2 * kPi * static_cast<double>(k) / static_cast<double>(n));
   return w;
 }
 
@@ -235,7 +236,8 @@ std::string spectralDensityPlot(const Table& t, const PlotGraph& g) {
   // thumb that lets the window widen while its share of the band, m / n,
   // still shrinks, so that the estimate is consistent.
   std::vector<double> edf;
-  std::vector<double> f = plotBartlett(ord, n, static_cast<int>(std::sqrt(static_cast<double>(n))), centre, &edf);
+  std::vector<double> f =
+      plotBartlett(ord, n, static_cast<int>(std::sqrt(static_cast<double>(n))), centre, &edf);
   // The density of the ordinates' scale 2/n: f(w) = I(w) / (4 pi), which is
   // sigma^2 / (2 pi) for white noise of variance sigma^2.
   for (double& x : f) x /= 4 * kPi;
@@ -279,15 +281,16 @@ std::string correlationPanel(const Table& t, const PlotGraph& g) {
   for (std::size_t i = 0; i < 4; ++i) {
     const PlotGraph sub{parts[i].name, g.templ, parts[i].title, parts[i].title, g.values};
     const std::string doc = i < 3 ? correlations(t, sub) : whiteNoise(t, sub, false);
-    body += embed(doc, static_cast<double>(i % 2) * kWidth * kScale, kHead + static_cast<double>(i / 2) * kHeight * kScale,
-                  kScale);
+    body += embed(doc, static_cast<double>(i % 2) * kWidth * kScale,
+                  kHead + static_cast<double>(i / 2) * kHeight * kScale, kScale);
   }
   if (body.empty()) return {};
   const double w = 2 * kWidth * kScale, h = kHead + 2 * kHeight * kScale;
-  return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + num(w) + "\" height=\"" + num(h) + "\" viewBox=\"0 0 " +
-         num(w) + " " + num(h) + "\" font-family=\"sans-serif\" font-size=\"11\">\n<title>" + esc(g.title) +
-         "</title>\n<text x=\"" + num(w / 2) + "\" y=\"24\" text-anchor=\"middle\" font-size=\"15\">" + esc(g.title) +
-         "</text>\n" + body + "</svg>\n";
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + num(w) + "\" height=\"" + num(h) +
+         "\" viewBox=\"0 0 " + num(w) + " " + num(h) +
+         "\" font-family=\"sans-serif\" font-size=\"11\">\n<title>" + esc(g.title) + "</title>\n<text x=\"" +
+         num(w / 2) + "\" y=\"24\" text-anchor=\"middle\" font-size=\"15\">" + esc(g.title) + "</text>\n" +
+         body + "</svg>\n";
 }
 
 }  // namespace plotdetail
