@@ -27,7 +27,6 @@ constexpr CatalogEntry kRows[] = {
     {743, 2056, Warning, "None of the candidate models could be estimated for the series {1}; its forecasts are missing. Name a simpler model with MODEL=."},
     {743, 2057, Warning, "None of the candidate models of the series {1} could be measured by CRITERION=, on the hold-out or on the fit; its forecasts are missing. Try another CRITERION= or a shorter HOLDOUT=."},
     {743, 2058, Warning, "The model choice for the series {1} failed; its forecasts are missing. Name one model with MODEL=."},
-    {743, 2093, Note, "The plots CORR, PERIODOGRAM and SPECTRUM are not drawn yet, nor are the stocking plots of intermittent demand series; the other plots of this step are drawn as usual."},
 };
 
 }  // namespace

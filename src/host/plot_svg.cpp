@@ -1,8 +1,8 @@
 // SVG renderers of the plots. A plot reads its data table by column name
 // and draws one of three pictures: lines over time with a confidence band,
-// bars by lag (the autocorrelations of the errors), or a histogram. A plot
-// name without a renderer (the periodogram, the spectral density, the
-// panel of correlations) draws nothing.
+// bars by lag (the autocorrelations of the errors), or a histogram; the
+// frequency plots and the panel of correlations are drawn by
+// plot_spectra.cpp. A plot name without a renderer draws nothing.
 #include "host/plot_svg.hpp"
 
 #include <algorithm>
@@ -12,133 +12,13 @@
 #include <string_view>
 
 #include "host/output_layer.hpp"
+#include "host/plot_draw.hpp"
 #include "run/missing.hpp"
 
 namespace qvt {
 namespace {
 
-constexpr double kWidth = 640, kHeight = 400;
-constexpr double kLeft = 70, kRight = 20, kTop = 40, kBottom = 50;
-
-std::string esc(std::string_view s) {
-  std::string o;
-  for (char c : s) {
-    switch (c) {
-      case '&': o += "&amp;"; break;
-      case '<': o += "&lt;"; break;
-      case '>': o += "&gt;"; break;
-      case '"': o += "&quot;"; break;
-      default: o += c;
-    }
-  }
-  return o;
-}
-
-std::string num(double v) {
-  char buf[32];
-  std::snprintf(buf, sizeof buf, "%.2f", v);
-  return buf;
-}
-
-std::string tickText(double v) {
-  char buf[32];
-  std::snprintf(buf, sizeof buf, "%.6g", std::fabs(v) < 1e-12 ? 0.0 : v);
-  return buf;
-}
-
-bool present(double v) { return !wzmis(v) && std::isfinite(v); }
-
-int colIndex(const Table& t, std::string_view name) {
-  for (std::size_t i = 0; i < t.cols.size(); ++i)
-    if (t.cols[i].name == name) return static_cast<int>(i);
-  return -1;
-}
-
-std::vector<double> column(const Table& t, std::string_view name) {
-  std::vector<double> v;
-  const int c = colIndex(t, name);
-  if (c < 0) return v;
-  for (const auto& row : t.rows) {
-    const double* d = std::get_if<double>(&row[static_cast<std::size_t>(c)]);
-    v.push_back(d != nullptr ? *d : kMissing);
-  }
-  return v;
-}
-
-std::string namedValue(const Table& t, const PlotGraph& g, std::string_view name) {
-  for (const TableValue& v : g.values)
-    if (v.name == name) return v.text;
-  for (const TableValue& v : t.values)
-    if (v.name == name) return v.text;
-  return {};
-}
-
-// A value axis from lo to hi with "nice" ticks of step 1, 2 or 5 times a
-// power of ten (Heckbert, "Nice numbers for graph labels", Graphics Gems, 1990).
-struct Axis {
-  double lo = 0, hi = 1, step = 0.2;
-  double pos(double v, double p0, double p1) const { return p0 + (v - lo) / (hi - lo) * (p1 - p0); }
-};
-
-Axis niceAxis(double lo, double hi) {
-  if (!(hi > lo)) {
-    const double pad = lo != 0 ? std::fabs(lo) * 0.1 : 1;
-    lo -= pad;
-    hi += pad;
-  }
-  const double raw = (hi - lo) / 5;
-  const double mag = std::pow(10.0, std::floor(std::log10(raw)));
-  const double f = raw / mag;
-  const double step = (f <= 1 ? 1 : f <= 2 ? 2 : f <= 5 ? 5 : 10) * mag;
-  return {std::floor(lo / step) * step, std::ceil(hi / step) * step, step};
-}
-
-class Svg {
- public:
-  explicit Svg(const std::string& title) {
-    out_ = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + num(kWidth) + "\" height=\"" + num(kHeight) +
-           "\" viewBox=\"0 0 " + num(kWidth) + " " + num(kHeight) + "\" font-family=\"sans-serif\" font-size=\"11\">\n";
-    out_ += "<title>" + esc(title) + "</title>\n";
-    text(kWidth / 2, 22, title, "middle", "font-size=\"14\"");
-  }
-  void text(double x, double y, std::string_view s, const char* anchor, const char* extra = "") {
-    out_ += "<text x=\"" + num(x) + "\" y=\"" + num(y) + "\" text-anchor=\"" + anchor + "\" " + extra + ">" +
-            esc(s) + "</text>\n";
-  }
-  void line(double x0, double y0, double x1, double y1, const char* style) {
-    out_ += "<line x1=\"" + num(x0) + "\" y1=\"" + num(y0) + "\" x2=\"" + num(x1) + "\" y2=\"" + num(y1) +
-            "\" " + style + "/>\n";
-  }
-  void rect(double x, double y, double w, double h, const char* style) {
-    out_ += "<rect x=\"" + num(x) + "\" y=\"" + num(std::min(y, y + h)) + "\" width=\"" + num(std::max(w, 0.0)) +
-            "\" height=\"" + num(std::fabs(h)) + "\" " + style + "/>\n";
-  }
-  void path(const std::string& points, const char* element, const char* style) {
-    if (!points.empty()) out_ += std::string("<") + element + " points=\"" + points + "\" " + style + "/>\n";
-  }
-  void circle(double x, double y, const char* style) {
-    out_ += "<circle cx=\"" + num(x) + "\" cy=\"" + num(y) + "\" r=\"2\" " + style + "/>\n";
-  }
-  // The value axis at the left with its ticks and grid, and the label.
-  void yAxis(const Axis& a, std::string_view label) {
-    for (double v = a.lo; v <= a.hi + a.step * 1e-9; v += a.step) {
-      const double y = a.pos(v, kHeight - kBottom, kTop);
-      line(kLeft - 4, y, kWidth - kRight, y, "stroke=\"#ddd\"");
-      text(kLeft - 6, y + 4, tickText(v), "end");
-    }
-    line(kLeft, kTop, kLeft, kHeight - kBottom, "stroke=\"black\"");
-    text(14, (kTop + kHeight - kBottom) / 2, label, "middle",
-         ("transform=\"rotate(-90 14 " + num((kTop + kHeight - kBottom) / 2) + ")\"").c_str());
-  }
-  void xAxis(std::string_view label) {
-    line(kLeft, kHeight - kBottom, kWidth - kRight, kHeight - kBottom, "stroke=\"black\"");
-    text((kLeft + kWidth - kRight) / 2, kHeight - 12, label, "middle");
-  }
-  std::string done() { return out_ + "</svg>\n"; }
-
- private:
-  std::string out_;
-};
+using namespace plotdetail;
 
 double xAt(std::size_t i, std::size_t n) {
   return kLeft + (n > 1 ? static_cast<double>(i) / static_cast<double>(n - 1) : 0.5) * (kWidth - kLeft - kRight);
@@ -273,6 +153,10 @@ std::string histogram(const Table& t, const PlotGraph& g, std::string_view col) 
   return svg.done();
 }
 
+}  // namespace
+
+namespace plotdetail {
+
 std::string correlations(const Table& t, const PlotGraph& g) {
   const std::vector<double> e = column(t, "Error");
   int nlags = std::atoi(namedValue(t, g, "NLags").c_str());
@@ -304,7 +188,7 @@ std::string whiteNoise(const Table& t, const PlotGraph& g, bool logScale) {
   return lagBars(g, p, 1, logScale ? std::log10(0.05) : 0.05, "Lag", false);
 }
 
-}  // namespace
+}  // namespace plotdetail
 
 std::vector<double> plotAcf(const std::vector<double>& x, int nlags) {
   double sum = 0;
@@ -418,6 +302,9 @@ std::string renderGraphSvg(const Table& data, const PlotGraph& g) {
     return correlations(data, g);
   if (n == "ErrorWhiteNoiseProbPlot") return whiteNoise(data, g, false);
   if (n == "ErrorWhiteNoiseLogProbPlot") return whiteNoise(data, g, true);
+  if (n == "ErrorCorrelationPlots") return correlationPanel(data, g);
+  if (n == "ErrorPeriodogram") return periodogramPlot(data, g);
+  if (n == "ErrorSpectralDensityPlot") return spectralDensityPlot(data, g);
   if (n == "StockingLevelPlot")
     return timeLines(data, g, {"StockingLower", "StockingUpper", {"StockingPredict", "StockingLevel"}, "Actual", false});
   if (n == "StockingAveragePlot")

@@ -31,4 +31,22 @@ double plotChiSquareTail(double x, double df);
 // missing where k - nparms < 1. Element 0 is missing too.
 std::vector<double> plotWhiteNoise(const std::vector<double>& r, long m, int nparms);
 
+// The periodogram of the values of x that are present (missing values left
+// out; n is their count), centred on their mean when `centre`:
+// I(w_k) = (2/n) |sum_t x_t exp(-i w_k t)|^2 at the Fourier frequencies
+// w_k = 2 pi k / n, k = 0..floor(n/2) (Brockwell and Davis, Time Series:
+// Theory and Methods, ch. 10). Empty when fewer than two values are present.
+std::vector<double> plotPeriodogram(const std::vector<double>& x, bool centre);
+// The periodogram ordinates ord (k = 0..floor(n/2) of n values) averaged by
+// the Bartlett (triangular) kernel of half-width m: W_j = (m + 1 - |j|) /
+// (m + 1)^2 for |j| <= m, the ordinates beyond 0 and pi mirrored. With
+// `centred` the ordinate at 0 (0 by construction) is replaced by that at
+// w_1. edf, when given, takes each average's equivalent degrees of freedom.
+// Empty when ord is not of that length or m is negative.
+std::vector<double> plotBartlett(const std::vector<double>& ord, long n, int m, bool centred,
+                                 std::vector<double>* edf);
+// The p-quantile of the chi-square distribution with df degrees of freedom,
+// by bisection on plotChiSquareTail; missing unless 0 < p < 1 and df > 0.
+double plotChiSquareQuantile(double p, double df);
+
 }  // namespace qvt

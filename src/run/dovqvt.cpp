@@ -15,14 +15,6 @@
 namespace qvt {
 namespace {
 
-// The plots of these kinds have no renderer in this build, nor have the
-// stocking plots of intermittent demand series: a step that asks for one says so
-// once instead of drawing nothing without a word.
-void notePlots(QVTCOM* com) {
-  const auto& g = com->plot;
-  if (g.corr || g.periodogram || g.spectrum) hostMsgLog(*com->host, kMsgProc, kMsgPrintNotBuilt);
-}
-
 // Ends the group's series all at once: a frame no longer than BACK= leaves
 // nothing to fit.
 void groupTooShort(QVTCOM* com) {
@@ -72,7 +64,6 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   if (com->error != 0 || com->rc > kRcWarning) hostExit(host, com->rc, 0);
   qvtds(com);
   if (com->error != 0) hostExit(host, com->rc, 0);
-  notePlots(com);
   qvtoint(com);
   const auto& pr = com->print;
   const bool cross = pr.performance || pr.performancesummary || pr.performanceoverall;

@@ -49,9 +49,6 @@ enum RunMsg : int {
   kMsgChoiceMemory = 2051,    // out of memory
   kMsgChoiceNoData = 2052,    // no usable values
   kMsgChoiceLast = 2058,
-  // Stages of the run that this build does not have yet; each ends the
-  // series through the ordinary failure path, or is noted once per step.
-  kMsgPrintNotBuilt = 2093,         // ()
 };
 
 }  // namespace qvt
