@@ -18,8 +18,8 @@ void qvtgmod(QVTCOM* com, const FOR_OUT* fore, int method, int nparms);
 void qvtgfor(QVTCOM* com, const FOR_OUT* fore, int method, int type);
 // "DemandsPlot": the demands of an intermittent series.
 void qvtgdem(QVTCOM* com, const IDMODEL* idm);
-// "StockingPlots": the stock to hold against the intermittent demands.
-void qvtgstk(QVTCOM* com, const IDMODEL* idm, const FOR_OUT* fore);
+// The stocking plots of an intermittent series ("StockingPlots") are not
+// drawn: their columns are named, but not where their values come from.
 
 // The number of autocorrelation lags the error plots show for a series of
 // nobs values and that cycle length.

@@ -8,8 +8,9 @@ namespace qvt {
 void qvtoint(QVTCOM* com) {
   // Without a printed table and without a plot nothing needs the layer.
   if (com->print.none && com->plot.none) return;
-  // Plots have no renderer in this build (the note 2093 of the run says so),
-  // so the layer is not asked whether graphics are on.
+  // The hosts of this system draw a graph wherever the user gave it a place
+  // (--html, --plots) and quietly nowhere otherwise, so the layer is not
+  // asked whether graphics are on.
   TableOut t(com, "DataSet", TableKind::Factoid, 5010);
   const DATASETS& in = com->ds.data;
   t.line(5011, in.display.str());
