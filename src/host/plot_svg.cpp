@@ -207,9 +207,15 @@ std::vector<double> plotAcf(const std::vector<double>& x, int nlags) {
   return c;
 }
 
-std::vector<double> plotPacf(const std::vector<double>& r) {
+namespace {
+
+// The Durbin-Levinson recursion over autocorrelations r[0 .. p]: the
+// coefficients phi[1 .. p] of the order-p autoregression, and in partial
+// (when given) the partial autocorrelations, 1 at lag 0.
+std::vector<double> durbinLevinson(const std::vector<double>& r, std::vector<double>* partial) {
   const std::size_t p = r.empty() ? 0 : r.size() - 1;
-  std::vector<double> out(r.empty() ? 0 : 1, 1.0), phi(p + 1, 0.0), prev(p + 1, 0.0);
+  std::vector<double> phi(p + 1, 0.0), prev(p + 1, 0.0);
+  if (partial != nullptr) partial->assign(r.empty() ? 0 : 1, 1.0);
   double v = 1;  // the innovation variance over c_0 of the fit so far
   for (std::size_t k = 1; k <= p; ++k) {
     double num = r[k];
@@ -219,25 +225,23 @@ std::vector<double> plotPacf(const std::vector<double>& r) {
     for (std::size_t j = 1; j < k; ++j) phi[j] = prev[j] - kk * prev[k - j];
     v *= 1 - kk * kk;
     prev = phi;
-    out.push_back(kk);
+    if (partial != nullptr) partial->push_back(kk);
   }
+  return phi;
+}
+
+}  // namespace
+
+std::vector<double> plotPacf(const std::vector<double>& r) {
+  std::vector<double> out;
+  durbinLevinson(r, &out);
   return out;
 }
 
 std::vector<double> plotIacf(const std::vector<double>& r) {
-  // The Durbin-Levinson recursion once more, keeping the order-p coefficients.
+  // The autocorrelations of the dual process of the order-p autoregression.
   const std::size_t p = r.empty() ? 0 : r.size() - 1;
-  std::vector<double> phi(p + 1, 0.0), prev(p + 1, 0.0);
-  double v = 1;
-  for (std::size_t k = 1; k <= p; ++k) {
-    double num = r[k];
-    for (std::size_t j = 1; j < k; ++j) num -= prev[j] * r[k - j];
-    const double kk = v > 0 ? num / v : 0;
-    phi[k] = kk;
-    for (std::size_t j = 1; j < k; ++j) phi[j] = prev[j] - kk * prev[k - j];
-    v *= 1 - kk * kk;
-    prev = phi;
-  }
+  const std::vector<double> phi = durbinLevinson(r, nullptr);
   double den = 1;
   for (std::size_t j = 1; j <= p; ++j) den += phi[j] * phi[j];
   std::vector<double> out(r.empty() ? 0 : p + 1, 1.0);
