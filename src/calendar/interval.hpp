@@ -56,6 +56,8 @@ inline constexpr int kIntTokenMax = 21;
 
 // A parsed interval. A plain value that callers copy freely. A cleared
 // record (all zero) is what parsing starts from.
+struct CINTC_MGR;  // the custom-interval manager (calendar/zcust.hpp)
+
 struct INTERVAL {
   char units = 0;        // 'u' none, 'o' observation numbers, 'd' dates, 's' datetimes
   char intcode = 0;      // an IntCode
@@ -66,6 +68,10 @@ struct INTERVAL {
   tchar token[kIntTokenSize] = {};  // the text as written, not terminated
   short tokenlen = 0;
   void* holidays = nullptr;  // reserved; always null
+  // The custom-interval manager a custom name was found in; null for the
+  // built-in intervals. Not owned: the manager outlives every interval
+  // parsed against it (it belongs to the host).
+  CINTC_MGR* custom = nullptr;
 };
 
 // What is derived from an interval once: its seasonal cycle and the name and
@@ -108,7 +114,9 @@ inline INTERVALX zintwiden(const INTERVAL& i) noexcept {
 // multiplier; 2 bad shift; 101 length outside 1..21; 102 malformed; 103
 // unknown name (or a multiplier or shift on NONE); 1001 null argument; -1 a
 // custom calendar that could not be loaded. The record is usable only on 0.
-int zintstr(const tchar* specin, int len, INTERVAL* out) noexcept;
+// Names other than the built-in ones are looked up in `custom`, the host's
+// custom-interval manager; null knows none.
+int zintstr(const tchar* specin, int len, INTERVAL* out, CINTC_MGR* custom = nullptr) noexcept;
 
 // Writes the canonical text of an interval and a terminator into str. On
 // entry *len is the room of the buffer, on success the length of the text.

@@ -8,7 +8,7 @@ namespace qvt {
 // answers are the "not found" path that parsing, counting and stepping
 // already handle.
 
-int getcustomname(const tchar* /*name*/, int /*len*/) noexcept { return 0; }
+int getcustomname(const CINTC_MGR* /*mgr*/, const tchar* /*name*/, int /*len*/) noexcept { return 0; }
 
 int zcustLoad(const INTERVAL& /*interval*/, CINTC_INFO** oinfo) noexcept {
   if (oinfo) *oinfo = nullptr;

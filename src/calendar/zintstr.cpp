@@ -135,7 +135,7 @@ int finishCustom(INTERVAL* out, std::string_view tail) noexcept {
 
 }  // namespace
 
-int zintstr(const tchar* specin, int len, INTERVAL* out) noexcept {
+int zintstr(const tchar* specin, int len, INTERVAL* out, CINTC_MGR* custom) noexcept {
   if (!specin || !out) return 1001;
   if (len < 0) len = static_cast<int>(strnlen(specin, kIntTokenMax + 1));
   if (len < 1 || len > kIntTokenMax) return 101;
@@ -186,9 +186,9 @@ int zintstr(const tchar* specin, int len, INTERVAL* out) noexcept {
       end = last;
     }
     while (end > 0 && isDigit(u[end - 1])) --end;
-    if (getcustomname(specin, static_cast<int>(end)) == kIntCustom)
+    if (getcustomname(custom, specin, static_cast<int>(end)) == kIntCustom)
       return finishCustom(out, u.substr(end));
-    if (getcustomname(specin, len) == kIntCustom) return finishCustom(out, {});
+    if (getcustomname(custom, specin, len) == kIntCustom) return finishCustom(out, {});
     return 103;
   }
 
@@ -215,9 +215,9 @@ int zintstr(const tchar* specin, int len, INTERVAL* out) noexcept {
 
   const int code = name.size() >= 2 ? lookup(name) : -1;
   if (code < 0) {
-    if (getcustomname(specin, static_cast<int>(nameEnd)) == kIntCustom)
+    if (getcustomname(custom, specin, static_cast<int>(nameEnd)) == kIntCustom)
       return finishCustom(out, u.substr(nameEnd));
-    if (getcustomname(specin, len) == kIntCustom) {
+    if (getcustomname(custom, specin, len) == kIntCustom) {
       out->units = 0;
       return finishCustom(out, {});
     }
