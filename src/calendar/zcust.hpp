@@ -124,23 +124,36 @@ void customINTNXBES(const INTERVALX& x, double date, double n, double* b, double
 int customINTFMT(const INTERVALX& x, char* fmtname, short* namelen, short* width1,
                  short* width2) noexcept;
 
-// The interval that holds x: 0 with its number, begin, end and season; a
-// negative result for a date in a hole or a special value other than .F,
-// .L, .M; all results missing then.
+// The row routines below answer 0, or one of these negative codes, with
+// every result missing: -1 the interval names no calendar that can be
+// loaded; -2 its shift isn't below its multiplier; -3 a date in a hole
+// between rows, or a special value that names no interval; -4 an interval
+// number wholly outside the calendar.
+//
+// The interval that holds x, with its number, begin, end and season. .F
+// stands for the first row, .M for the time in front of the calendar, .L
+// for the last row; other special values give -3.
 int findIndexC(const INTERVALX& x, double date, double* n, double* b, double* e,
                double* s) noexcept;
 
-// The interval with number n: 0 with begin, end and season, negative when
-// the number lies wholly outside the calendar.
+// The interval with number n (0 is the one in front of the calendar): its
+// begin, end and season (the season only for multiplier 1).
 int getIndexC(const INTERVALX& x, double n, double* b, double* e, double* s) noexcept;
 
-// Raw row n (1-based) of the calendar, .L for the last: 0 with its begin,
-// end (derived from the next row without END) and season.
+// Raw row n (1-based) of the calendar, .L for the last: its begin, end
+// (derived from the next row without END; .I for an open last row) and
+// season.
 int customGetObsC(const INTERVALX& x, double n, double* b, double* e, double* s) noexcept;
 
 // First and last dates of the calendar: bit 1 of LR asks for the left,
-// bit 2 for the right. 0, or negative when the calendar isn't available.
+// bit 2 for the right (the last "END", or the last "BEGIN" when the last
+// row is open).
 int customRange(const INTERVALX& x, int LR, double* left, double* right) noexcept;
+
+// The units of a calendar's values: 'd' or 's' by the category of its
+// format when that is a date, time or datetime format, else by its range
+// (both ends below 86400 in size are dates); 0 when neither decides.
+char customUnits(const INTERVALX& x) noexcept;
 
 // The positions of time IDs on a custom calendar.
 struct ZTS_OBSDATES {
@@ -157,18 +170,21 @@ struct ZTS_CTIDOUT {
   int* InfinityByObs = nullptr;    // 1 begin .M, 2 other missing begin, 4 end .I, 8 other missing end; 10 missing or failed ID
   int* Infinity = nullptr;         // all of InfinityByObs ORed
   int* Order = nullptr;            // bit 1 equal neighbours, bit 2 a fall
-  double* MaxBack = nullptr;       // how far the least number lies from the first interval
-  double* MaxLead = nullptr;       // how far the greatest lies from the last interval
+  double* MaxBack = nullptr;       // number of the calendar's first row less the least number
+  double* MaxLead = nullptr;       // the greatest number less that of the calendar's last row
   double* first = nullptr;         // aligned date of the least number
   double* last = nullptr;          // aligned date of the greatest number
   long MaxFail = 0;                // stop after this many failures; 0 never
 };
 
-// Time IDs to positions. `align` may be null ("B", "E", "M", "S"; with an
-// align, the time IDs are replaced in place, so dateVar is written through
-// `dates`). 0; 32768 for no time IDs; -1 for a null list, an interval that
-// isn't custom, or failed IDs; 128 for missing IDs; -3 and -4 for the two
-// overflow limits.
+// Time IDs to positions on a custom calendar. `align` may be null ("B",
+// "E", "M" the middle, floored as zintnx3 does, "S" the time ID itself;
+// anything else acts as "B"). `dates`, when not null, gets the aligned time
+// IDs; it may be dateinfo->dateVar itself to align in place. Results: 0;
+// 32768 for no time IDs; -1 for a null list, an interval that isn't a
+// loadable calendar, a start that lies in no interval, or failed IDs; 128
+// for missing IDs; -3 and -4 for the two overflow limits. zintctid is the
+// same routine: the host's index size is a long here.
 int zintctidL(ZTS_OBSDATES* dateinfo, double* dates, const tchar* align, ZTS_CTIDOUT* out) noexcept;
 int zintctid(ZTS_OBSDATES* dateinfo, double* dates, const tchar* align, ZTS_CTIDOUT* out) noexcept;
 

@@ -156,8 +156,8 @@ int zintshft(const INTERVAL& istr, INTERVAL* sistr) noexcept {
                                : ((istr.token[end - 1] >= '0' && istr.token[end - 1] <= '9') ||
                                   istr.token[end - 1] == '.')))
         --end;
-      if (end > 0 && zintstr(istr.token, end, sistr) == 0) return 0;
-      zintstr(istr.token, len, sistr);
+      if (end > 0 && zintstr(istr.token, end, sistr, istr.custom) == 0) return 0;
+      zintstr(istr.token, len, sistr, istr.custom);
       return 0;
     }
     default:

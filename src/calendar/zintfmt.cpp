@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "calendar/zcust.hpp"
 #include "calendar/zfmt.hpp"
 #include "run/missing.hpp"
 
@@ -85,9 +86,19 @@ double log10ByLn(double x) noexcept { return std::log(x) / 2.302585092994046; }
 void zintfmt(const INTERVAL* istr, char* fmtname, short* namelen, short* width1,
              short* width2) noexcept {
   if (istr != nullptr && istr->intcode == kIntCustom && istr->units != 'o' && istr->units != 'u') {
-    // A custom calendar's format comes from its calendar data set; no
-    // calendar is loaded in this build, so no format is found and the out
-    // fields stay as the caller set them.
+    // The calendar gives the format. A token that doesn't find it as it
+    // stands is tried once more as the bare name, without multiplier and
+    // shift; a calendar that gives none leaves the out fields alone.
+    if (customINTFMT(zintwiden(*istr), fmtname, namelen, width1, width2) == 0) return;
+    int n = std::clamp<int>(istr->tokenlen, 0, kIntTokenMax);
+    while (n > 1 && ((istr->token[n - 1] >= '0' && istr->token[n - 1] <= '9') || istr->token[n - 1] == '.')) --n;
+    if (n == istr->tokenlen) return;
+    INTERVAL bare = *istr;
+    std::fill(std::begin(bare.token) + n, std::end(bare.token), '\0');
+    bare.tokenlen = static_cast<short>(n);
+    bare.intper = 1;
+    bare.shiftper = 0;
+    customINTFMT(zintwiden(bare), fmtname, namelen, width1, width2);
     return;
   }
   put(builtinChoice(istr), fmtname, namelen, width1, width2);

@@ -102,7 +102,7 @@ int parseCustom(std::string_view name, const INTERVAL& src, long long mult, INTE
     append(src.shiftper + 1LL);
   }
   if (n > static_cast<std::size_t>(kIntTokenMax)) return 101;
-  return zintstr(buf, static_cast<int>(n), out);
+  return zintstr(buf, static_cast<int>(n), out, src.custom);
 }
 
 // The custom branch of zintsea and zintsea2.
@@ -116,7 +116,7 @@ int customCycle(const INTERVAL& in, INTERVAL* sint, int* ns, bool second) noexce
     // Rebuilt from the calendar's registered name, also for a single season.
     rc = parseCustom(customName(in), in, static_cast<long long>(std::max(1, in.intper)) * count, &parsed);
   } else if (!many) {
-    rc = zintstr(in.token, in.tokenlen, &parsed);
+    rc = zintstr(in.token, in.tokenlen, &parsed, in.custom);
   } else {
     rc = parseCustom(customName(in), in, static_cast<long long>(std::max(1, in.intper)) * count, &parsed);
   }
@@ -439,7 +439,7 @@ int zintsea_set(INTERVALX* interval, double date, INTERVALX* sinterval, int* nse
   }
   if (nameSrc != nullptr) {
     INTERVAL named;
-    if (zintstr(nameSrc->token, nameSrc->tokenlen, &named) != 0) return 2;
+    if (zintstr(nameSrc->token, nameSrc->tokenlen, &named, nameSrc->custom) != 0) return 2;
     if (named.intcode == kIntObs) {
       if (count != 0 && count != named.intper) return 2;
       count = named.intper;

@@ -116,19 +116,27 @@ std::size_t findRetail(std::string_view u) noexcept {
   return std::string_view::npos;
 }
 
-// Finishes a custom interval: its numeric tail, units and load.
-int finishCustom(INTERVAL* out, std::string_view tail) noexcept {
+// Finishes a custom interval found in `custom`: its numeric tail, the
+// manager it came from, its units and the load. Units not set by a prefix
+// follow the calendar: the category of the format of "BEGIN", else its
+// range; a calendar that decides neither is taken as a date grid, as every
+// code above 24 is.
+int finishCustom(INTERVAL* out, std::string_view tail, CINTC_MGR* custom) noexcept {
   out->intcode = static_cast<char>(kIntCustom);
   std::int64_t mult = 1, shift = 0;
   if (int rc = readTail(tail, &mult, &shift); rc != 0) return rc;
   if (shift > mult) return 2;
   out->intper = static_cast<int>(mult);
   out->shiftper = shift > 0 ? static_cast<int>(shift - 1) : 0;
-  // The units come from the category of the calendar's format once custom
-  // calendars can be loaded; until then a date grid is assumed.
-  if (out->units == 0) out->units = 'd';
+  out->custom = custom;
   CINTC_INFO* info = nullptr;
   if (zcustLoad(*out, &info) < 0) return -1;
+  if (out->units == 0) {
+    INTERVALX x = zintwiden(*out);
+    x.cinfo = info;
+    const char u = info != nullptr ? customUnits(x) : 0;
+    out->units = u != 0 ? u : 'd';
+  }
   zcintcReleaseRef(info);  // parsing only warms the cache
   return 0;
 }
@@ -187,8 +195,8 @@ int zintstr(const tchar* specin, int len, INTERVAL* out, CINTC_MGR* custom) noex
     }
     while (end > 0 && isDigit(u[end - 1])) --end;
     if (getcustomname(custom, specin, static_cast<int>(end)) == kIntCustom)
-      return finishCustom(out, u.substr(end));
-    if (getcustomname(custom, specin, len) == kIntCustom) return finishCustom(out, {});
+      return finishCustom(out, u.substr(end), custom);
+    if (getcustomname(custom, specin, len) == kIntCustom) return finishCustom(out, {}, custom);
     return 103;
   }
 
@@ -216,10 +224,10 @@ int zintstr(const tchar* specin, int len, INTERVAL* out, CINTC_MGR* custom) noex
   const int code = name.size() >= 2 ? lookup(name) : -1;
   if (code < 0) {
     if (getcustomname(custom, specin, static_cast<int>(nameEnd)) == kIntCustom)
-      return finishCustom(out, u.substr(nameEnd));
+      return finishCustom(out, u.substr(nameEnd), custom);
     if (getcustomname(custom, specin, len) == kIntCustom) {
       out->units = 0;
-      return finishCustom(out, {});
+      return finishCustom(out, {}, custom);
     }
     // "WEEKDAYW": a weekend mark straight after the name is swallowed by
     // the run of letters; it is a mark without days, not an unknown name.

@@ -36,71 +36,49 @@ int orderOf(const long* pos, long n) noexcept {
   return rc;
 }
 
-// Where a time ID lies on a custom calendar with the given alignment; the
-// missing value when either end of its interval is open.
-double customAligned(const INTERVALX& x, double tid, const tchar* align) noexcept {
-  const char a = align ? align[0] : 'B';
-  switch (a) {
-    case 'S': return tid;
-    case 'E': return customINTNXE(x, tid, 0);
-    case 'M': {
-      const double b = customINTNX(x, tid, 0);
-      const double e = customINTNXE(x, tid, 0);
-      if (wzmis(b) || wzmis(e)) return kMissing;
-      return b + (e - b) / 2;
-    }
-    default: return customINTNX(x, tid, 0);
-  }
-}
-
-// The custom-calendar branch. The calendar does the positioning: a calendar
-// that can't be loaded for this data is -5, a missing time ID -1, an open
-// interval end -2, and the two overflow limits -3 and -4 as for built-in
-// intervals. The order of the positions found is reported as there.
+// The custom-calendar branch: zintctidL places the time IDs, and its
+// answers become those of zinttip. A calendar that can't be used for this
+// data (it can't be loaded, or a time ID lies in a hole) is -5; a missing
+// time ID -1; an interval open at either end -2; the overflow limits pass.
 int customPositions(const INTERVAL& intv, const tchar* align, const double* tid, long ntid,
                     double base, int sort, long* pos, long* maxpos, double* first,
                     double* last) noexcept {
   if (ntid < 1) return 1;
-  CINTC_INFO* info = nullptr;
-  if (zcustLoad(intv, &info) < 0 || info == nullptr) {
-    zcintcReleaseRef(info);
-    return -5;
+  ZTS_OBSDATES dates;
+  dates.start = wzmis(base) ? kMissing : base;
+  dates.interval = zintwiden(intv);
+  dates.dateVar = tid;
+  dates.nobs = ntid;
+  int infinity = 0, order = 0;
+  ZTS_CTIDOUT out;
+  out.TSIndex = pos;
+  out.Infinity = &infinity;
+  out.Order = &order;
+  out.first = first;
+  out.last = last;
+  switch (zintctidL(&dates, nullptr, align, &out)) {
+    case 0: break;
+    case -1: return -5;
+    case -3: return -3;
+    case -4: return -4;
+    default: return -1;  // 128 missing time IDs, 32768 none, and anything else
   }
-  INTERVALX x = zintwiden(intv);
-  x.cinfo = info;
-
-  int rc = 0;
-  double lo = 0, hi = 0;
-  for (long i = 0; i < ntid && rc == 0; ++i) {
-    if (wzmis(tid[i])) rc = -1;
-    else if (i == 0 || tid[i] < lo) lo = tid[i];
-    if (rc == 0 && (i == 0 || tid[i] > hi)) hi = tid[i];
+  if (infinity != 0) return -2;
+  // Without a base the positions count from the first time ID; as for the
+  // built-in intervals they count from the least one.
+  long least = pos[0], most = pos[0];
+  for (long i = 1; i < ntid; ++i) {
+    least = std::min(least, pos[i]);
+    most = std::max(most, pos[i]);
   }
-  double from = base;
-  if (rc == 0) {
-    const double f = customAligned(x, lo, align);
-    const double l = customAligned(x, hi, align);
-    if (wzmis(f) || wzmis(l)) rc = -2;
-    if (first) *first = f;
-    if (last) *last = l;
-    if (wzmis(from)) from = f;
+  if (wzmis(base) && least != 0) {
+    for (long i = 0; i < ntid; ++i) pos[i] -= least;
+    most -= least;
   }
-  for (long i = 0; i < ntid && rc == 0; ++i) {
-    const double a = customAligned(x, tid[i], align);
-    const double c = wzmis(a) ? kMissing : customINTCK(x, from, a);
-    if (wzmis(c)) rc = -2;
-    else if (std::fabs(c) > kLongLimit) rc = -3;
-    else if (std::fabs(c) > kExactLimit) rc = -4;
-    else {
-      pos[i] = static_cast<long>(c);
-      if (maxpos && pos[i] > *maxpos) *maxpos = pos[i];
-    }
-  }
-  zcintcReleaseRef(info);
-  if (rc != 0) return rc;
+  if (maxpos) *maxpos = std::max(most, 0L);
   if (ntid < 2) return 1;
   if (sort != 0) return sort;
-  return orderOf(pos, ntid);
+  return (order & 2) ? 3 : (order & 1) ? 2 : 1;
 }
 
 }  // namespace
