@@ -167,7 +167,8 @@ struct ZTS_OBSDATES {
 struct ZTS_CTIDOUT {
   double* CDSIndex = nullptr;      // calendar interval number of each time ID (-1 on overflow)
   long* TSIndex = nullptr;         // number less the start's number
-  int* InfinityByObs = nullptr;    // 1 begin .M, 2 other missing begin, 4 end .I, 8 other missing end; 10 missing or failed ID
+  // 1 begin .M, 2 other missing begin, 4 end .I, 8 other missing end; 10 a missing or failed ID
+  int* InfinityByObs = nullptr;
   int* Infinity = nullptr;         // all of InfinityByObs ORed
   int* Order = nullptr;            // bit 1 equal neighbours, bit 2 a fall
   double* MaxBack = nullptr;       // number of the calendar's first row less the least number

@@ -91,7 +91,8 @@ void zintfmt(const INTERVAL* istr, char* fmtname, short* namelen, short* width1,
     // shift; a calendar that gives none leaves the out fields alone.
     if (customINTFMT(zintwiden(*istr), fmtname, namelen, width1, width2) == 0) return;
     int n = std::clamp<int>(istr->tokenlen, 0, kIntTokenMax);
-    while (n > 1 && ((istr->token[n - 1] >= '0' && istr->token[n - 1] <= '9') || istr->token[n - 1] == '.')) --n;
+    auto tail = [](char ch) { return (ch >= '0' && ch <= '9') || ch == '.'; };
+    while (n > 1 && tail(istr->token[n - 1])) --n;
     if (n == istr->tokenlen) return;
     INTERVAL bare = *istr;
     std::fill(std::begin(bare.token) + n, std::end(bare.token), '\0');
