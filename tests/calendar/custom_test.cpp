@@ -142,6 +142,9 @@ TEST(Custom, HandWorkedRows) {
   EXPECT_TRUE(wzmis(zintnx3(open1, 135, 0, "M", nullptr)));
   EXPECT_EQ(zintnx3(fisc, 8, 0, "M", nullptr), 10);
   EXPECT_EQ(zintnx3(fisc, 8, 1, "E", nullptr), 26);
+  INTERVAL unit;  // the shift units of a calendar are the calendar itself
+  ASSERT_EQ(zintshft(five2, &unit), 0);
+  EXPECT_EQ(testing::str(testing::tokenOf(unit), int(unit.intcode)), "FIVE 65");
 }
 
 TEST(Custom, RegistryOptionsAndLoading) {
@@ -159,8 +162,10 @@ TEST(Custom, RegistryOptionsAndLoading) {
   parseIntervalOptions("((a = x.y)),,b=z c=", t, &n);  // "c" has no data set: the list ends
   EXPECT_EQ(testing::str(n, t[0].interval, t[0].lib, t[0].member, t[1].interval, t[1].member), "2 A X Y B Z");
   CINTC_MGR other;
-  EXPECT_EQ(zcintcInit(&other, "a=lib. b=c", nullptr), 1);
-  EXPECT_EQ(other.maps.size(), 0u);
+  for (const char* text : {"a=x.y b", "a=x.y b=lib. c=d"}) {  // no data set; an empty member
+    EXPECT_EQ(zcintcInit(&other, text, nullptr), 1) << text;
+    EXPECT_EQ(other.maps.size(), 1u);
+  }
   // CAL, CAL1. and CAL1.1 name the same pair with multiplier 1.
   int m = 0, sh = 0;
   for (const char* tok : {"five", "FIVE1.", "five.1"}) {
@@ -196,11 +201,13 @@ TEST(Custom, FormatsSeasonsAndPositions) {
   }
   EXPECT_EQ(customINTSEAS(c.x("FISC")), 3);
   EXPECT_TRUE(wzmis(customINTSEAS(c.x("FISC2"))));
-  INTERVAL cyc;
-  int ns = 0;
-  const INTERVAL fisc = c.x("FISC");
-  ASSERT_EQ(zintsea(&fisc, 0, &cyc, &ns), 0);
-  EXPECT_EQ(testing::str(testing::tokenOf(cyc), ns, cyc.custom == &c.mgr), "FISC3 3 1");
+  for (auto [token, want] : {std::pair{"FISC", "FISC3 3 1"}, {"FIVE", "FIVE 1 1"}}) {
+    INTERVAL cyc;
+    int ns = 0;
+    const INTERVAL in = c.x(token);
+    ASSERT_EQ(zintsea(&in, 0, &cyc, &ns), 0);
+    EXPECT_EQ(testing::str(testing::tokenOf(cyc), ns, cyc.custom == &c.mgr), want);
+  }
   // Positions: interval numbers 1, 2, 2, 4 from the least.
   const INTERVALX w = c.x("FISC");
   struct Tip { std::vector<double> tid; int rc; std::vector<long> pos; };
