@@ -69,6 +69,22 @@ int Host::spoolClose(SpoolHandle, int) { return kHostUnsupported; }
 
 void Host::stepEnd(int) {}
 
+std::shared_ptr<void> Host::resGet(std::string_view name) const {
+  const std::lock_guard<std::mutex> hold(resLock_);
+  const auto it = res_.find(name);
+  return it == res_.end() ? nullptr : it->second;
+}
+
+void Host::resSet(std::string_view name, std::shared_ptr<void> obj) {
+  const std::lock_guard<std::mutex> hold(resLock_);
+  res_.insert_or_assign(std::string(name), std::move(obj));
+}
+
+void Host::resDelete(std::string_view name) {
+  const std::lock_guard<std::mutex> hold(resLock_);
+  if (const auto it = res_.find(name); it != res_.end()) res_.erase(it);
+}
+
 int Host::groupOpen(std::string_view, std::string_view, std::string_view) { return kHostUnsupported; }
 int Host::groupClose() { return kHostUnsupported; }
 int Host::tableOpen(const TableHead&, TableHandle* out) {

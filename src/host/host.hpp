@@ -20,6 +20,9 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -336,6 +339,20 @@ class Host {
   // rc is below 1000 (only whole-step failures discard them), and pools,
   // spools and data sets are released.
   virtual void stepEnd(int rc);
+
+  // --- named resources ----------------------------------------------------
+
+  // Objects that a layer above the host keeps for as long as the host lives,
+  // under a name (the custom-interval manager is one). The host owns them:
+  // they outlive every step and die with the host. Null for an unknown name.
+  std::shared_ptr<void> resGet(std::string_view name) const;
+  // Stores `obj` under `name`, replacing (and releasing) what was there.
+  void resSet(std::string_view name, std::shared_ptr<void> obj);
+  void resDelete(std::string_view name);
+
+ private:
+  mutable std::mutex resLock_;  // steps may later run BY groups side by side
+  std::map<std::string, std::shared_ptr<void>, std::less<>> res_;
 };
 
 // ---------------------------------------------------------------------------

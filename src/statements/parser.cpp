@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "calendar/interval.hpp"
+#include "calendar/zcintc_host.hpp"
 #include "run/missing.hpp"
 #include "statements/grammar.hpp"
 #include "statements/keywords.hpp"
@@ -758,7 +759,9 @@ class Parser {
     if (f.type != 1 || f.mode != StMode::Text) return;
     const std::string& text = f.text();
     INTERVAL intv{};
-    const int rc = zintstr(text.data(), static_cast<int>(text.size()), &intv);
+    // A name that isn't built in may be a calendar of the host's INTERVALDS
+    // option; looking it up loads the calendar, so the run finds it ready.
+    const int rc = zintstr(text.data(), static_cast<int>(text.size()), &intv, zcintcMgr(host_));
     if (rc != 0) {
       error(kMsgBadInterval, f.pos, {text, static_cast<long long>(rc)});
       return;

@@ -493,5 +493,55 @@ def main():
     write(os.path.join(c, "expect", "overall.csv"), ["PCT_MEAN", "SYM_GMAMEAN", "REL_AMEAN", "OUTSIDE"],
           [[cell(100 * v) for v in cum]])
 
+    # custom_interval: a 4-4-5 fiscal calendar of the user's (periods of 28,
+    # 28 and 35 days), given by a data set with BEGIN and SEASON (the fiscal
+    # period of the year, 1 to 12) and named FISCAL by the host option
+    # INTERVALDS. The calendar starts with period 10 on Sunday 2021-10-03,
+    # the data one row later, so the first season comes from the calendar,
+    # not from its first row. Raw records on random days are summed by
+    # fiscal period: OUTTREND= has a row per period, dated at its BEGIN and
+    # with its SEASON; OUTSEASON= a row per fiscal period of the year (the
+    # largest SEASON, 12, makes the cycle), periods of two years joined;
+    # OUTFOR= is SES on the period totals, dated at the BEGIN of each period,
+    # the leads at the periods behind the data. A second step sums by
+    # FISCAL3, three rows from the calendar's first: its OUTFOR= rows are
+    # dated at rows 0, 3, 6, ... and hold SES on those sums (the first holds
+    # rows 1 and 2 only, row 0 having no records).
+    c = case_dir("custom_interval")
+    periods = [(p - 1) % 12 + 1 for p in range(10, 10 + 27)]
+    begins, d = [], datetime.date(2021, 10, 3)
+    for p in periods:
+        begins.append(d)
+        d += datetime.timedelta(days=35 if p % 3 == 0 else 28)
+    write(os.path.join(c, "fiscal.csv"), ["BEGIN", "SEASON"],
+          [(b.isoformat(), p) for b, p in zip(begins, periods)])
+    rnd = random.Random(445)
+    rows_used, recs, totals = range(1, 21), [], {}
+    for k in rows_used:
+        length = (begins[k + 1] - begins[k]).days
+        days = sorted(rnd.sample(range(length), 3 + k % 3))
+        vals = [round(rnd.uniform(20, 40) + 2 * k, 1) for _ in days]
+        recs += [((begins[k] + datetime.timedelta(days=dd)).isoformat(), v) for dd, v in zip(days, vals)]
+        totals[k] = vals
+    write(os.path.join(c, "tx.csv"), ["date", "qty"], recs)
+    head = ["NOBS", "N", "NMISS", "MIN", "MAX", "RANGE", "SUM", "MEAN", "STDDEV", "USS", "CSS", "MEDIAN"]
+
+    def stats_cells(vals):
+        return [cell(float(v)) if isinstance(v, float) else v for v in group_stats(vals)]
+
+    write(os.path.join(c, "expect", "trend.csv"), ["_NAME_", "date", "_SEASON_"] + head,
+          [["qty", begins[k].isoformat(), periods[k]] + stats_cells(totals[k]) for k in rows_used])
+    write(os.path.join(c, "expect", "season.csv"), ["_NAME_", "_SEASON_"] + head,
+          [["qty", q] + stats_cells([x for k in rows_used if periods[k] == q for x in totals[k]])
+           for q in range(1, 13)])
+    sums = [sum(totals[k]) for k in rows_used]
+    _, rows = esm.ses_rows(sums, 3)
+    write(os.path.join(c, "expect", "outfor.csv"), OUTFOR_HEAD,
+          outfor_rows("qty", [begins[k].isoformat() for k in range(1, 24)], rows))
+    qsums = [sum(sum(totals[k]) for k in rows_used if k // 3 == q) for q in range(7)]
+    _, rows = esm.ses_rows(qsums, 2)
+    write(os.path.join(c, "expect", "outforq.csv"), OUTFOR_HEAD,
+          outfor_rows("qty", [begins[3 * q].isoformat() for q in range(9)], rows))
+
 if __name__ == "__main__":
     main()
