@@ -20,16 +20,10 @@ long off(char type) { return type == kIdsSize ? 0 : 1; }
 
 // A component by hand: its values from the type's first index on count.
 IDSCOMP component(const std::vector<double>& d, char type, int trnscode = 0) {
-  IDSCOMP c;
-  c.data = d;
-  c.type = type;
-  c.trnscode = trnscode;
-  c.stats.n = static_cast<long>(d.size()) - off(type);
   const auto [lo, hi] = std::minmax_element(d.begin() + off(type), d.end());
-  c.stats.min = *lo;
-  c.stats.max = *hi;
-  c.stats.norm = std::max(std::fabs(c.stats.min), std::fabs(c.stats.max));
-  return c;
+  const IDSSTATS st{.n = static_cast<long>(d.size()) - off(type), .min = *lo, .max = *hi,
+                    .norm = std::max(std::fabs(*lo), std::fabs(*hi))};
+  return {.data = d, .type = type, .stats = st, .seasons = {}, .trnscode = trnscode};
 }
 
 // The driver's predictions, limits and errors of method m on x[0 .. n-1].

@@ -1,5 +1,6 @@
-// Messages and labels of the intermittent model through a host that
-// records what is logged; texts come from the catalogue as a real host's.
+// Messages of the demand series and of the intermittent model, and labels,
+// through a host that records what is logged; texts come from the catalogue
+// as a real host's.
 #include "intermittent/idmodel.hpp"
 
 #include <gtest/gtest.h>
@@ -62,6 +63,29 @@ TEST(Idmmsg, CodesSelectAPairAndTheNameSelectsItsForm) {
     EXPECT_NE(with->text.find("{1}"), std::string_view::npos) << odd;
     EXPECT_EQ(without->text.find("{1}"), std::string_view::npos) << odd - 1;
   }
+}
+
+TEST(Idsmsg, NumbersAndNames) {
+  const IDSERIES ids;
+  const u_sname tid("DATE"), var("SALES"), empty("");
+  // The codes of the table in order take the pairs 8100/8101 .. 8116/8117;
+  // the time ID's name goes with -10 and -11, then the closing 8092/8093.
+  const int codes[] = {-1, -10, -11, -20, -21, -22, -23, -24, -30};
+  for (int k = 0; k < 9; ++k) {
+    RecordingHost h;
+    const bool named = k % 2 == 0 || k == 1;
+    EXPECT_EQ(idsmsg(h, &ids, codes[k], named ? &tid : &empty, named ? &var : nullptr), 0);
+    EXPECT_EQ(h.numbers, (std::vector<int>{8100 + 2 * k + named, 8092 + named})) << k;
+    const std::string first = !named ? "" : k == 1 || k == 2 ? "DATE" : "SALES";
+    EXPECT_EQ(h.names, (std::vector<std::string>{first, named ? "SALES" : ""})) << k;
+  }
+  RecordingHost h;
+  EXPECT_EQ(idsmsg(h, &ids, 5, &tid, &var), 0);
+  EXPECT_EQ(idsmsg(h, nullptr, -1, &tid, &var), kIdsBadArg);
+  EXPECT_TRUE(h.numbers.empty());
+  EXPECT_EQ(idsmsg(h, &ids, -12, &tid, &empty), 99);
+  EXPECT_EQ(h.numbers, std::vector<int>{8090});
+  EXPECT_EQ(h.names, std::vector<std::string>{""});
 }
 
 TEST(Idmlab, ComponentAndModelLabels) {

@@ -51,10 +51,7 @@ TEST(Idmprd, SpreadsRatesAndStockOverTheGrid) {
   for (const auto& c : cases) {
     Fixture f(c.base);
     std::vector<double> p(8, -1), res(8, -1), lev(8, -1);
-    FOR_OUT out;
-    out.predicted = p.data();
-    out.residual = res.data();
-    out.level = lev.data();
+    FOR_OUT out{.predicted = p.data(), .residual = res.data(), .level = lev.data()};
     ASSERT_EQ(idmprd(&f.m, nullptr, 6, c.back, M, 0, c.lead, 0.05, &out), 0);
     EXPECT_EQ(out.n, c.nper);
     for (int t = 0; t < 8; ++t) {

@@ -1,8 +1,7 @@
 // Loading a demand series, checked against a direct re-derivation: the
 // calendar of std::chrono gives the month of each time ID, the components
 // follow from their definitions by plain loops, the statistics by long double.
-// The base search, the test number and the message numbers against values
-// worked by hand.
+// The base search and the test number against values worked by hand.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -65,11 +64,8 @@ TEST(Idsset, ComponentsMatchDirectDerivation) {
       y.push_back(k < 5 ? 0.0 : k == 5 ? kMissing : double(k) - 7.5);
       last = at;
       if (y[t] == 0 || wzmis(y[t])) continue;
-      if (!di.empty() && di.back() == at) {
-        dsize.back() += y[t];
-      } else {
-        di.push_back(at), dobs.push_back(t), dsize.push_back(y[t]);
-      }
+      if (!di.empty() && di.back() == at) dsize.back() += y[t];
+      else di.push_back(at), dobs.push_back(t), dsize.push_back(y[t]);
     }
     const int rc = idsset(l.ids, nobs, y.data(), tid.data(), nullptr, 0.0, holdout, back);
     const long n = long(di.size());
@@ -216,37 +212,6 @@ TEST(Idsdar, BaseAndTestNumber) {
   EXPECT_EQ(testNumber({3, 5, 9, 10, 17}, 20, 11, 2), 2.0);
   EXPECT_TRUE(wzmis(testNumber({3}, 5, 0, 0)));
   EXPECT_EQ(idsdti(nullptr, 0, nullptr), kIdsBadArg);
-}
-
-using Msgs = std::vector<std::pair<int, std::string>>;
-
-struct RecordingHost : Host {
-  Msgs msgs;  // number and the name argument ("" without one)
-  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos*) override {
-    // A wrong group shows in the number.
-    msgs.emplace_back(number + 10000 * (group - 881), args.empty() ? "" : std::get<std::string>(args[0]));
-  }
-};
-
-TEST(Idsmsg, NumbersAndNames) {
-  const IDSERIES ids;
-  const u_sname tid("DATE"), var("SALES"), empty("");
-  // The codes of the table in order take the pairs 8100/8101 .. 8116/8117;
-  // the time ID's name goes with -10 and -11, then the closing 8092/8093.
-  const int codes[] = {-1, -10, -11, -20, -21, -22, -23, -24, -30};
-  for (int k = 0; k < 9; ++k) {
-    RecordingHost h;
-    const bool named = k % 2 == 0 || k == 1;
-    EXPECT_EQ(idsmsg(h, &ids, codes[k], named ? &tid : &empty, named ? &var : nullptr), 0);
-    const Msgs odd = {{8101 + 2 * k, k == 1 || k == 2 ? "DATE" : "SALES"}, {8093, "SALES"}};
-    EXPECT_EQ(h.msgs, (named ? odd : Msgs{{8100 + 2 * k, ""}, {8092, ""}}));
-  }
-  RecordingHost h;
-  EXPECT_EQ(idsmsg(h, &ids, 5, &tid, &var), 0);
-  EXPECT_EQ(idsmsg(h, nullptr, -1, &tid, &var), kIdsBadArg);
-  EXPECT_TRUE(h.msgs.empty());
-  EXPECT_EQ(idsmsg(h, &ids, -12, &tid, &empty), 99);
-  EXPECT_EQ(h.msgs, (Msgs{{8090, ""}}));
 }
 
 }  // namespace

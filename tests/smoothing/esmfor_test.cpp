@@ -16,19 +16,16 @@ TEST(Esmint, Failures) {
   const INTERVAL none{};
   struct Case {
     const double* y;
-    long n;
-    int method;
-    long nbackcast;
-    int rc;
+    long n, nbackcast;
+    int method, rc;
   } cases[] = {
-      {nullptr, 4, kEsmSimple, 0, -999},  {ok.data(), 0, kEsmSimple, 0, -999},
-      {ok.data(), 4, 8, 0, -999},         // the selection keyword BEST
-      {ok.data(), 1, kEsmSimple, 0, -2},
-      {ok.data(), 4, kEsmSimple, 1, -2},  // a tail of 1 leaves nothing before its last value
+      {nullptr, 4, 0, kEsmSimple, -999},  {ok.data(), 0, 0, kEsmSimple, -999},
+      {ok.data(), 4, 0, 8, -999},         // the selection keyword BEST
+      {ok.data(), 1, 0, kEsmSimple, -2},
+      {ok.data(), 4, 1, kEsmSimple, -2},  // a tail of 1 leaves nothing before its last value
   };
   for (const auto& c : cases) {
-    WINMODEL stale;
-    WINMODEL* m = &stale;  // must come back null
+    WINMODEL stale, *m = &stale;  // must come back null
     EXPECT_EQ(esmint(c.y, c.n, &none, 0, 0, 0, c.method, c.nbackcast, &m), c.rc) << c.method;
     EXPECT_EQ(m, nullptr);
   }
@@ -44,12 +41,10 @@ TEST(Esmint, ScanAndStartValue) {
   Model o(y.data(), 7, kEsmSimple, 0, 0, nullptr, 10.0);
   ASSERT_EQ(o.rc, 0);
   const WINMODEL& m = *o.m;
-  EXPECT_EQ(m.ts.nmiss, 3);
-  EXPECT_EQ(m.ts.nextr, 1);
-  EXPECT_EQ(m.ts.nnmss, 4);
-  EXPECT_EQ(m.ts.descstats.min, -7);
-  EXPECT_EQ(m.ts.descstats.max, 5);
-  EXPECT_EQ(m.ts.descstats.norm, 7);
+  // Flagged, extreme, usable; smallest, largest, largest in magnitude.
+  EXPECT_THAT((std::vector<double>{double(m.ts.nmiss), double(m.ts.nextr), double(m.ts.nnmss),
+                                   m.ts.descstats.min, m.ts.descstats.max, m.ts.descstats.norm}),
+              ElementsAre(3, 1, 4, -7, 5, 7));
   EXPECT_DOUBLE_EQ(m.ts.descstats.mean, 3.0 / 4);
   EXPECT_EQ(m.ts.misflg, (std::vector<char>{0, 0, 1, 0, 1, 0, 1}));
   EXPECT_EQ(m.svi.level, 2) << "the last usable value";
@@ -59,17 +54,12 @@ TEST(Esmprd, CallerWeightsAndFailures) {
   const auto y = simple(0.5, 20, 8, 20);
   Model o(y);
   std::vector<double> predicted(22), upper(22), sd(22);
-  FOR_OUT out;
-  out.predicted = predicted.data();
-  out.upper = upper.data();
-  out.std = sd.data();
+  FOR_OUT out{.predicted = predicted.data(), .upper = upper.data(), .std = sd.data()};
   EXPECT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out), -999) << "not estimated";
   o.m->parms.parms[0] = 0.25;  // a weight of the caller's stands
   ASSERT_EQ(esmprd(o.m, y.data(), 20, 0.0, 0, 0.05, 2, &out), 0);
   const double w = 0.25;
-  oracle::State s;
-  s.L = o.m->svi.level;
-  const auto ref = oracle::pass(kEsmSimple, &w, y, std::vector<char>(20, 0), {}, s);
+  const auto ref = oracle::pass(kEsmSimple, &w, y, std::vector<char>(20, 0), {}, {o.m->svi.level, 0, {}});
   EXPECT_NEAR(predicted[7], ref.pred[7], 1e-12 * std::fabs(ref.pred[7]));
   EXPECT_TRUE(wzmis(upper[7])) << "no error variance before a fit";
   EXPECT_EQ(sd[7], 0.0);

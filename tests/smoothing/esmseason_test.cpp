@@ -39,15 +39,19 @@ const std::vector<double> kY = [] {
   return y;
 }();
 
-std::vector<int> codesFrom(int first, long n) {
-  return oracle::codes(static_cast<std::size_t>(n), kNs, first);
+std::vector<int> codesFrom(int first, long n) { return oracle::codes(std::size_t(n), kNs, first); }
+
+double maxAbsDiff(const std::vector<double>& a, const std::vector<double>& b) {
+  double d = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) d = std::fmax(d, std::fabs(a[i] - b[i]));
+  return d;
 }
 
-// Predictions of the method's kernel with the given codes, weights and
-// state: the driver's result as it must come out when it hands the kernel
-// those codes.
-std::vector<double> kernelPredictions(const WINMODEL& m, const double* x, long n, int first,
-                                      const SMOOTHVALS& from, int startflg, int lead) {
+// How far the driver's predictions lie from those of the method's kernel
+// with the given codes, weights and state: the driver's result as it must
+// come out when it hands the kernel those codes.
+double kernelGap(const std::vector<double>& driver, const WINMODEL& m, const double* x, long n, int first,
+                 const SMOOTHVALS& from, int startflg, int lead) {
   const ESMMODELSET* set = esmmodelset(m.spec.code);
   const std::vector<char> flags(static_cast<std::size_t>(n), 0);
   double scale = 0;
@@ -55,19 +59,11 @@ std::vector<double> kernelPredictions(const WINMODEL& m, const double* x, long n
   SMOOTHVALS state = from;
   std::vector<double> rows(static_cast<std::size_t>((n + lead) * set->rowlen));
   double mse = 0;
-  EXPECT_EQ(set->prd(x, flags.data(), codesFrom(first, n).data(), scale, n, m.pest.parms.data(),
-                     m.additive, state, 0, n - 1, lead, m.pest.mse, 0.05, startflg, &mse,
-                     rows.data()),
-            0);
+  EXPECT_EQ(set->prd(x, flags.data(), codesFrom(first, n).data(), scale, n, m.pest.parms.data(), m.additive,
+                     state, 0, n - 1, lead, m.pest.mse, 0.05, startflg, &mse, rows.data()), 0);
   std::vector<double> p(static_cast<std::size_t>(n + lead));
   for (long t = 0; t < n + lead; ++t) p[t] = rows[t * set->rowlen + kRowPredicted];
-  return p;
-}
-
-double maxAbsDiff(const std::vector<double>& a, const std::vector<double>& b) {
-  double d = 0;
-  for (std::size_t i = 0; i < a.size(); ++i) d = std::fmax(d, std::fabs(a[i] - b[i]));
-  return d;
+  return maxAbsDiff(driver, p);
 }
 
 TEST(EsmSeasonCodes, MonthlyFromAprilFitsAsCodesGivenFromThree) {
@@ -82,8 +78,7 @@ TEST(EsmSeasonCodes, MonthlyFromAprilFitsAsCodesGivenFromThree) {
     EXPECT_EQ(a.m->ts.scodes, codesFrom(3, kN)) << method;
     ASSERT_GE(esmfit(a.m), 0) << method;
     std::vector<double> pred(kN + lead);
-    FOR_OUT out;
-    out.predicted = pred.data();
+    FOR_OUT out{.predicted = pred.data()};
     ASSERT_EQ(esmprd(a.m, kY.data(), kN, kApril2001, 0, 0.05, lead, &out), 0) << method;
     // The same series without a time ID, its codes overwritten from 3 by
     // hand, start values and fit redone, forecasts by the kernel with those
@@ -97,28 +92,21 @@ TEST(EsmSeasonCodes, MonthlyFromAprilFitsAsCodesGivenFromThree) {
     ASSERT_GE(esmfit(b.m), 0) << method;
     for (int i = 0; i < b.m->pest.nparms; ++i)
       EXPECT_NEAR(a.m->pest.parms[i], b.m->pest.parms[i], 1e-12) << method << " weight " << i;
-    EXPECT_LT(maxAbsDiff(pred, kernelPredictions(*b.m, kY.data(), kN, 3, b.m->startvals, 1, lead)),
-              1e-9)
-        << method;
+    EXPECT_LT(kernelGap(pred, *b.m, kY.data(), kN, 3, b.m->startvals, 1, lead), 1e-9) << method;
     // The fitted factors read with codes from 0 (the position in the
     // cycle) put every month's factor on another month: the forecasts move.
-    EXPECT_GT(maxAbsDiff(pred, kernelPredictions(*b.m, kY.data(), kN, 0, b.m->startvals, 1, lead)),
-              1.0)
-        << method;
+    EXPECT_GT(kernelGap(pred, *b.m, kY.data(), kN, 0, b.m->startvals, 1, lead), 1.0) << method;
 
     // esmprd on the series from its second month: a start other than the
     // fit's backcasts from the start values, whose factors are filed by the
     // fit's codes, so the series must be coded from May (4).
     const long n = kN - 1;
     std::vector<double> p2(n + 12), date(p2.size());
-    out.predicted = p2.data();
-    out.date = date.data();
+    out = {.date = date.data(), .predicted = p2.data()};
     ASSERT_EQ(esmprd(a.m, kY.data() + 1, n, kMay2001, 0, 0.05, 12, &out), 0) << method;
     EXPECT_EQ(date[0], kMay2001) << method;
-    EXPECT_LT(maxAbsDiff(p2, kernelPredictions(*a.m, kY.data() + 1, n, 4, a.m->svi, 0, 12)), 1e-9)
-        << method;
-    EXPECT_GT(maxAbsDiff(p2, kernelPredictions(*a.m, kY.data() + 1, n, 0, a.m->svi, 0, 12)), 0.5)
-        << method;
+    EXPECT_LT(kernelGap(p2, *a.m, kY.data() + 1, n, 4, a.m->svi, 0, 12), 1e-9) << method;
+    EXPECT_GT(kernelGap(p2, *a.m, kY.data() + 1, n, 0, a.m->svi, 0, 12), 0.5) << method;
   }
 }
 
@@ -150,11 +138,10 @@ TEST(EsmSeasonCodes, BackcastTailTakesTheSeasonOfItsFirstObservation) {
     const int first = static_cast<int>((3 + start) % kNs);  // 2 and 1: March, February
     double level = 0, trend = 0;
     std::vector<double> s(kNs, 0.0);
+    const double* x = kY.data() + start;
     const int rc = method == kEsmSeasonal
-                       ? zesssvi(kY.data() + start, flags.data() + start, tail, kNs, first, 1,
-                                 &level, s.data())
-                       : zwinsvi(kY.data() + start, flags.data() + start, tail, kNs, first, 1, 1,
-                                 &level, &trend, s.data());
+                       ? zesssvi(x, flags.data(), tail, kNs, first, 1, &level, s.data())
+                       : zwinsvi(x, flags.data(), tail, kNs, first, 1, 1, &level, &trend, s.data());
     ASSERT_EQ(rc, 0);
     EXPECT_NEAR(level, a.m->svi.level, 1e-10) << method;
     EXPECT_LT(maxAbsDiff(s, a.m->svi.sfactor), 1e-10) << method;
@@ -170,23 +157,18 @@ TEST(EsmSeasonCodes, SeasonalKernelsRefuseMissingCodes) {
   double pder[3];
   const double d[3] = {1e-6, 1e-6, 1e-6};
   EXPECT_EQ(zesssmo(y, fl.data(), 200, kN, kNs, 0.3, 0.2, &level, s.data(), nullptr, &mse), -999);
-  EXPECT_EQ(zesinpd(y, fl.data(), 200, kN, kNs, 0, 0.3, 0.2, level, s.data(), nullptr, d, 0, pder),
-            -999);
+  EXPECT_EQ(zesinpd(y, fl.data(), 200, kN, kNs, 0, 0.3, 0.2, level, s.data(), nullptr, d, 0, pder), -999);
   EXPECT_TRUE(wzmis(pder[0]) && wzmis(pder[1]));
-  EXPECT_EQ(zessprd(y, fl.data(), 200, kN, kNs, 0.3, 0.2, &level, s.data(), nullptr, 0, kN - 1, 3,
-                    1.0, 0.05, 0, &mse, rows.data()),
-            -999);
-  EXPECT_EQ(zwinsmo(y, fl.data(), 200, kN, kNs, 1, 0.3, 0.1, 0.2, &level, &trend, s.data(),
-                    nullptr, &mse),
+  EXPECT_EQ(zessprd(y, fl.data(), 200, kN, kNs, 0.3, 0.2, &level, s.data(), nullptr, 0, kN - 1, 3, 1.0, 0.05,
+                    0, &mse, rows.data()), -999);
+  EXPECT_EQ(zwinsmo(y, fl.data(), 200, kN, kNs, 1, 0.3, 0.1, 0.2, &level, &trend, s.data(), nullptr, &mse),
             -999);
   // The start-value entries of the method table likewise.
-  SMOOTHVALS out;
-  out.sfactor.assign(kNs, 0.0);
+  SMOOTHVALS out{.sfactor = std::vector<double>(kNs, 0.0)};
   EXPECT_EQ(esmmodelset(kEsmSeasonal)->svi(y, fl.data(), nullptr, kN, kNs, 1, 1, out), -999);
   // A cycle of one season has only the code 0.
-  double one = 0.0;
-  level = 100;
-  EXPECT_EQ(zesssmo(y, fl.data(), 200, kN, 1, 0.3, 0.2, &level, &one, nullptr, &mse), 0);
+  double one = 0.0, l1 = 100;
+  EXPECT_EQ(zesssmo(y, fl.data(), 200, kN, 1, 0.3, 0.2, &l1, &one, nullptr, &mse), 0);
 }
 
 }  // namespace

@@ -51,27 +51,17 @@ struct Data {
 };
 
 oracle::State startState(const ModelCase& c) {
-  oracle::State s;
-  s.L = 30;
-  s.T = trended(c) ? -0.6 : 0.0;
-  if (c.ns) s.S = c.mult ? std::vector<double>{1.1, 1.15, 0.85, 0.9} : std::vector<double>{3, 5, -4, -3};
-  return s;
+  const std::vector<double> add = {3, 5, -4, -3}, mult = {1.1, 1.15, 0.85, 0.9}, none;
+  return {30, trended(c) ? -0.6 : 0.0, c.ns ? (c.mult ? mult : add) : none};
 }
 
-SMOOTHVALS toSmooth(const oracle::State& s) {
-  SMOOTHVALS v;
-  v.level = s.L;
-  v.trend = s.T;
-  v.sfactor = s.S;
-  return v;
-}
+SMOOTHVALS toSmooth(const oracle::State& s) { return {.level = s.L, .trend = s.T, .sfactor = s.S}; }
 
 // Forecast k steps ahead from a state: the no-information step repeated.
 double oracleLead(const ModelCase& c, oracle::State s, long k, int firstCode) {
   double p = 0;
   for (long i = 0; i < k; ++i)
-    p = oracle::step(c.method, c.w, s, 0.0, c.ns ? static_cast<int>((firstCode + i) % c.ns) : 0,
-                     true);
+    p = oracle::step(c.method, c.w, s, 0.0, c.ns ? static_cast<int>((firstCode + i) % c.ns) : 0, true);
   return p;
 }
 
@@ -81,10 +71,9 @@ std::vector<double> rowsOf(const ModelCase& c, const Data& d, long lead, double 
   const ESMMODELSET* set = esmmodelset(c.method);
   const long n = static_cast<long>(d.x.size());
   std::vector<double> rows(static_cast<std::size_t>((n + lead) * set->rowlen));
-  EXPECT_EQ(set->prd(d.x.data(), d.flag.data(), d.codes(c), 40.0, n, c.w, c.mult ? 0 : 1, st, 0,
-                     n - 1, lead, se2, 0.05, 0, mse, rows.data()),
-            0)
-      << c.name;
+  const int rc = set->prd(d.x.data(), d.flag.data(), d.codes(c), 40.0, n, c.w, c.mult ? 0 : 1, st, 0,
+                          n - 1, lead, se2, 0.05, 0, mse, rows.data());
+  EXPECT_EQ(rc, 0) << c.name;
   return rows;
 }
 
@@ -102,11 +91,8 @@ TEST(ModelFamily, PredictionsAndForecastsMatchPublishedRecursions) {
       const double* r = &rows[static_cast<std::size_t>(t * set->rowlen)];
       EXPECT_NEAR(r[kRowPredicted], ref.pred[t], 1e-10) << c.name << " t=" << t;
       EXPECT_NEAR(r[kRowPredicted] - r[kRowLower], kZ975 * std::sqrt(0.5), 1e-10);
-      if (d.flag[t]) {
-        EXPECT_TRUE(wzmis(r[kRowError])) << c.name << " t=" << t;
-      } else {
-        EXPECT_NEAR(r[kRowError], r[kRowPredicted] - d.x[t], 1e-10) << c.name << " t=" << t;
-      }
+      if (d.flag[t]) EXPECT_TRUE(wzmis(r[kRowError])) << c.name << " t=" << t;
+      else EXPECT_NEAR(r[kRowError], r[kRowPredicted] - d.x[t], 1e-10) << c.name << " t=" << t;
     }
     EXPECT_NEAR(mse, ref.ss / static_cast<double>(ref.nobs - set->k), 1e-10) << c.name;
     EXPECT_NEAR(st.level, ref.final.L, 1e-10) << c.name;
@@ -124,12 +110,8 @@ TEST(ModelFamily, PredictionsAndForecastsMatchPublishedRecursions) {
       }
     }
     // The derivative-free pass of the estimator gives the same criterion.
-    FITCON fc;
-    fc.x = d.x.data();
-    fc.misflg = d.flag.data();
-    fc.n = n;
-    fc.scodes = d.codes(c);
-    fc.kscale = 40.0;
+    const FITCON fc{.x = d.x.data(), .misflg = d.flag.data(), .n = n, .scodes = d.codes(c), .kscale = 40.0,
+                    .derwork = {}};
     SMOOTHVALS s2 = toSmooth(startState(c));
     double mse2 = 0;
     ASSERT_EQ(set->est->smo(fc, c.w, c.ns, s2, &mse2), 0) << c.name;
@@ -156,8 +138,7 @@ TEST(ModelFamily, PsiWeightsAreTheShockResponse) {
     std::vector<double> psi(static_cast<std::size_t>(nlong));
     ASSERT_EQ(esmmodelset(c.method)->psi(c.w, c.ns, nlong, psi.data()), 0);
     EXPECT_EQ(psi[0], 1.0);
-    for (long m = 1; m < nlong; ++m)
-      EXPECT_NEAR(psi[m], shockResponse(c, m), 1e-9) << c.name << " psi " << m;
+    for (long m = 1; m < nlong; ++m) EXPECT_NEAR(psi[m], shockResponse(c, m), 1e-9) << c.name << " psi " << m;
   }
 }
 
@@ -187,10 +168,10 @@ TEST(ModelFamily, MultiplicativeLeadVarianceScalesByFactorRatios) {
 
 // Simulated series of a model with its own weights.
 std::vector<double> simulated(const ModelCase& c, const double* w, std::size_t n, unsigned seed) {
-  oracle::State s;
-  s.L = c.mult ? 1000 : 100;  // the multiplicative forms must stay positive
-  s.T = trended(c) ? (c.mult ? 20 : 0.5) : 0.0;
-  if (c.ns) s.S = c.mult ? std::vector<double>{1.2, 0.9, 1.1, 0.8} : std::vector<double>{8, -3, 4, -9};
+  const std::vector<double> add = {8, -3, 4, -9}, mult = {1.2, 0.9, 1.1, 0.8}, none;
+  // The multiplicative forms must stay positive.
+  const oracle::State s{c.mult ? 1000.0 : 100.0, trended(c) ? (c.mult ? 20 : 0.5) : 0.0,
+                        c.ns ? (c.mult ? mult : add) : none};
   // Small relative noise keeps the multiplicative trend's random walk from
   // carrying the series below zero.
   return oracle::simulate(c.method, w, n, seed, s, c.ns, c.mult ? 0.002 : 1.0);
@@ -216,11 +197,10 @@ TEST(ModelFamily, AnalyticGradientMatchesCentralDifferences) {
     ASSERT_EQ(ks.npd(fc, c.w, c.ns, o.m->svi, 1e-6, 0, num), 0) << c.name;
     for (int i = 0; i < ks.k; ++i)
       EXPECT_NEAR(p.grad[i], num[i], 1e-5 * (1 + std::fabs(num[i]))) << c.name << " weight " << i;
+    // After the derivative pass the factors at the beginning are centred.
+    const std::vector<double>& f = o.m->startvals.sfactor;
     if (c.ns) {
-      // After the derivative pass the factors at the beginning are centred.
-      double mean = 0;
-      for (double f : o.m->startvals.sfactor) mean += f / 4;
-      EXPECT_NEAR(mean, c.mult ? 1.0 : 0.0, 1e-12) << c.name;
+      EXPECT_NEAR(std::accumulate(f.begin(), f.end(), 0.0) / 4, c.mult ? 1.0 : 0.0, 1e-12) << c.name;
     }
   }
 }
@@ -307,14 +287,10 @@ TEST(ModelFamily, RecentringHandWorked) {
   double dsl[4] = {1, 2, 3, 2}, dss[4] = {0.5, 0.5, 1, 0};
   zessnmd(4, &L, S, dl, dsl, dss);
   EXPECT_DOUBLE_EQ(L, 13);
-  const double se[4] = {-2, -1, 0, 3}, dsle[4] = {-1, 0, 1, 0}, dsse[4] = {0, 0, 0.5, -0.5};
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_DOUBLE_EQ(S[i], se[i]);
-    EXPECT_DOUBLE_EQ(dsl[i], dsle[i]);
-    EXPECT_DOUBLE_EQ(dss[i], dsse[i]);
-  }
-  EXPECT_DOUBLE_EQ(dl[0], 2.1);
-  EXPECT_DOUBLE_EQ(dl[1], 0.7);
+  EXPECT_THAT(S, Pointwise(DoubleEq(), {-2.0, -1.0, 0.0, 3.0}));
+  EXPECT_THAT(dsl, Pointwise(DoubleEq(), {-1.0, 0.0, 1.0, 0.0}));
+  EXPECT_THAT(dss, Pointwise(DoubleEq(), {0.0, 0.0, 0.5, -0.5}));
+  EXPECT_THAT(dl, Pointwise(DoubleEq(), {2.1, 0.7}));
   // Within the tolerance nothing moves.
   double L3 = 5, S3[2] = {1e-14, -1e-14}, d3[2] = {1, 1}, a3[2] = {1, 2}, b3[2] = {3, 4};
   zessnmd(2, &L3, S3, d3, a3, b3);
@@ -353,23 +329,13 @@ TEST(ModelFamily, DriverForecastsContinueFromTheFittedStartAndEsmsumAgrees) {
     const int lead = c.ns ? 10 : 6;  // two and a half cycles for the seasonal ones
     std::vector<double> pred(60 + lead), res(pred.size()), lev(pred.size()), sd(pred.size()),
         sea(pred.size(), -1.0), date(pred.size()), act(pred.size()), up(pred.size());
-    FOR_OUT out;
-    out.predicted = pred.data();
-    out.residual = res.data();
-    out.level = lev.data();
-    out.season = sea.data();
-    out.std = sd.data();
-    out.date = date.data();
-    out.actual = act.data();
-    out.upper = up.data();
+    FOR_OUT out{.date = date.data(), .actual = act.data(), .predicted = pred.data(), .residual = res.data(),
+                .upper = up.data(), .std = sd.data(), .level = lev.data(), .season = sea.data()};
     ASSERT_EQ(esmprd(o.m, y.data(), 60, 100.0, 0, 0.05, lead, &out), 0) << c.name;
     EXPECT_EQ(o.m->parms.parms, o.m->pest.parms) << "missing weights take the estimates";
     double w[3] = {0, 0, 0};
     for (std::size_t i = 0; i < o.m->pest.parms.size(); ++i) w[i] = o.m->pest.parms[i];
-    oracle::State s;
-    s.L = o.m->startvals.level;
-    s.T = o.m->startvals.trend;
-    s.S = o.m->startvals.sfactor;
+    oracle::State s{o.m->startvals.level, o.m->startvals.trend, o.m->startvals.sfactor};
     for (int t = 0; t < 60; ++t) {
       const bool flagged = wzmis(y[t]);
       const double p = oracle::step(c.method, w, s, flagged ? 0.0 : y[t], c.ns ? t % c.ns : 0, flagged);
@@ -385,11 +351,8 @@ TEST(ModelFamily, DriverForecastsContinueFromTheFittedStartAndEsmsumAgrees) {
       }
     }
     EXPECT_NEAR(lev[59], s.L, 1e-9 * (1 + std::fabs(s.L))) << c.name;
-    if (c.ns) {
-      EXPECT_NEAR(sea[60], s.S[0], 1e-9) << c.name << ": lead 1 is season 60 mod 4 = 0";
-    } else {
-      EXPECT_EQ(sea[0], -1.0) << c.name << ": no season column";
-    }
+    if (c.ns) EXPECT_NEAR(sea[60], s.S[0], 1e-9) << c.name << ": lead 1 is season 60 mod 4 = 0";
+    else EXPECT_EQ(sea[0], -1.0) << c.name << ": no season column";
     // esmsum of leads start..end: the sum of those forecasts (a missing one
     // left out) and the variance of the summed errors from the psi weights,
     // a slow double sum of their covariances.

@@ -6,9 +6,11 @@
 // of a driver record.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -28,6 +30,10 @@
 #include "stats/numeric.hpp"
 
 namespace qvt {
+
+using ::testing::DoubleEq;
+using ::testing::ElementsAre;
+using ::testing::Pointwise;
 
 constexpr double kZ975 = 1.959963984540054;  // standard normal 0.975 quantile (published tables)
 
@@ -165,9 +171,7 @@ inline Pass pass(int method, const double* w, const std::vector<double>& x,
 // Mean squared one-step error of simple smoothing, backcast from the last
 // value (no flagged values); the predictions go to pred when asked.
 inline double simpleMse(const std::vector<double>& x, double w, std::vector<double>* pred = nullptr) {
-  State s;
-  s.L = x.back();
-  const Pass p = pass(kEsmSimple, &w, x, std::vector<char>(x.size(), 0), {}, s);
+  const Pass p = pass(kEsmSimple, &w, x, std::vector<char>(x.size(), 0), {}, State{x.back(), 0, {}});
   if (pred) *pred = p.pred;
   return p.ss / static_cast<double>(p.nobs);
 }
@@ -192,8 +196,7 @@ inline std::vector<double> simulate(int method, const double* w, std::size_t n, 
     const double pred = step(method, w, probe, 0.0, sc, true);
     const double e = nd(gen);
     // Multiplicative forms take relative noise so that values stay positive.
-    const double v = (method == kEsmWinters || method == kEsmMultSeasonal) ? pred * (1 + e)
-                                                                           : pred + e;
+    const double v = (method == kEsmWinters || method == kEsmMultSeasonal) ? pred * (1 + e) : pred + e;
     step(method, w, s, v, sc, false);
     y.push_back(v);
   }
@@ -202,15 +205,12 @@ inline std::vector<double> simulate(int method, const double* w, std::size_t n, 
 
 // Simple smoothing is optimal for x_t = l_(t-1) + e_t, l_t = l_(t-1) + alpha e_t.
 inline std::vector<double> simple(double alpha, std::size_t n, unsigned seed, double level = 100) {
-  State s;
-  s.L = level;
-  return simulate(kEsmSimple, &alpha, n, seed, s, 0, 1.0);
+  return simulate(kEsmSimple, &alpha, n, seed, State{level, 0, {}}, 0, 1.0);
 }
 
 // Least squares by the normal equations, solved by Gaussian elimination
 // with partial pivoting. X is row-major with p columns.
-inline std::vector<double> ols(const std::vector<std::vector<double>>& X,
-                               const std::vector<double>& y) {
+inline std::vector<double> ols(const std::vector<std::vector<double>>& X, const std::vector<double>& y) {
   const std::size_t p = X.front().size();
   std::vector<std::vector<double>> a(p, std::vector<double>(p + 1, 0.0));
   for (std::size_t r = 0; r < X.size(); ++r)

@@ -1,43 +1,48 @@
-// Kernels of simple exponential smoothing: the guards, the start values, the
-// numeric derivative and the closed-form variance, by hand and against the
-// direct recursion of model_oracle.hpp; the guarded division. The one-step
-// predictions and rows are checked for every model in model_family_test.cpp.
+// Kernels of simple exponential smoothing: the guards (with those of Holt's
+// step), the start values, the numeric derivative and the closed-form
+// variance, by hand and against the direct recursion of model_oracle.hpp;
+// the guarded division. The one-step predictions and rows are checked for
+// every model in model_family_test.cpp.
 
 #include "model_oracle.hpp"
 
 namespace qvt {
 namespace {
 
-TEST(Zes1Svi, Table) {
-  struct Case {
-    std::vector<double> x;
-    std::vector<char> flag;
-    int rc;
-    double level;  // -1: untouched
-  } cases[] = {
-      {{5, 6, 7}, {0, 1, 1}, -2, -1},  // only the first value: nothing left to backcast over
-      {{5, 6, 7}, {1, 0, 1}, 0, 6},
-  };
-  for (const auto& c : cases) {
-    double level = -1;
-    EXPECT_EQ(zes1svi(c.x.data(), c.flag.data(), static_cast<long>(c.x.size()), 1, &level), c.rc);
-    EXPECT_EQ(level, c.level) << c.x.size();
-  }
+TEST(Zes1Svi, LastUsableValueAfterTheFirst) {
+  const double x[] = {5, 6, 7};
+  const char onlyFirst[] = {0, 1, 1}, middle[] = {1, 0, 1};
+  double level = -1;
+  // Only the first value: nothing left to backcast over, the level untouched.
+  EXPECT_EQ(zes1svi(x, onlyFirst, 3, 1, &level), -2);
+  EXPECT_EQ(level, -1);
+  EXPECT_EQ(zes1svi(x, middle, 3, 1, &level), 0);
+  EXPECT_EQ(level, 6);
 }
 
-TEST(Zes1Pnt, Guards) {
-  double L = 0, xhat = 0, e = 0;
+TEST(StepGuards, SimpleAndHolt) {
+  // The steps themselves are checked against the published recursions in
+  // model_family_test.cpp; here the divergence guards of simple smoothing
+  // (the trend column unused) and Holt's.
   struct Case {
-    double level, xscale;
+    bool holt;
+    double L, T, xscale;
     int rc;
   } cases[] = {
-      {2e152, 1e300, -9}, {-2e152, 1e300, -9}, {10, 0.0009, -9},  // 10 > 0.0009 * 10000
-      {9, 0.0009, 0},     {-1e6, 1, 0},         {kMissing, 1e6, -9},
+      {false, 2e152, 0, 1e300, -9}, {false, -2e152, 0, 1e300, -9},
+      {false, 10, 0, 0.0009, -9},  // 10 > 0.0009 * 10000
+      {false, 9, 0, 0.0009, 0},     {false, -1e6, 0, 1, 0},  {false, kMissing, 0, 1e6, -9},
+      {true, -5e4, 0, 1, 0},  // the scale test is one-sided
+      {true, 2e152, 0, 1e300, -9},  {true, 0, -2e152, 1e300, -9},
+      {true, 5, 6, 1e-3, -9},  // a prediction of 11 beyond 1e-3 * 10000
+      {true, kMissing, 0, 1, -9},
   };
   for (const auto& c : cases) {
-    L = c.level;
-    EXPECT_EQ(zes1pnt(1.0, c.xscale, 0.5, &L, &xhat, &e), c.rc) << c.level;
-    EXPECT_EQ(wzmis(L), c.rc < 0) << c.level;
+    double L = c.L, T = c.T, xhat = 0, e = 0;
+    const int rc = c.holt ? zes2pnt(1.0, c.xscale, 0.3, 0.1, &L, &T, &xhat, &e)
+                          : zes1pnt(1.0, c.xscale, 0.5, &L, &xhat, &e);
+    EXPECT_EQ(rc, c.rc) << c.holt << " " << c.L;
+    EXPECT_EQ(wzmis(L) && (!c.holt || wzmis(T)), c.rc < 0) << c.holt << " " << c.L;
   }
   double D = 2e154, dv = 0;
   EXPECT_EQ(zes1dpd(13, 0.3, 10, 10.9, &D, &dv), -9);
@@ -45,10 +50,8 @@ TEST(Zes1Pnt, Guards) {
 }
 
 TEST(Zes1Smo, DegenerateInputsAndGuards) {
-  const char f0[] = {0, 0, 0, 0};
-  const char f1[] = {1, 1, 1, 1};
-  const double z[] = {0, 0, 0, 0};
-  const double x[] = {1, 2, 3, 4};
+  const char f0[] = {0, 0, 0, 0}, f1[] = {1, 1, 1, 1};
+  const double z[] = {0, 0, 0, 0}, x[] = {1, 2, 3, 4};
   struct Case {
     const char* name;
     const double* x;
@@ -118,13 +121,10 @@ TEST(Zes1Prd, RowRangeFromTheStartStateAndFailures) {
   const double x[] = {1, 2, 4};
   const char f[] = {0, 0, 0};
   double L = 2, mse = 0;
-  std::vector<double> rows(3 * 7, -7);
-  ASSERT_EQ(zes1prd(x, f, 4, 3, 0.5, &L, 1, 2, 0, 0.25, 0.05, 1, &mse, rows.data()), 0);
-  EXPECT_DOUBLE_EQ(rows[kRowPredicted], 1.5);
-  EXPECT_DOUBLE_EQ(rows[7 + kRowPredicted], 1.75);
-  EXPECT_DOUBLE_EQ(rows[7 + kRowLevel], 2.875);
-  EXPECT_EQ(rows[14], -7);
-  EXPECT_DOUBLE_EQ(L, 2.875);
+  std::vector<double> r(3 * 7, -7);
+  ASSERT_EQ(zes1prd(x, f, 4, 3, 0.5, &L, 1, 2, 0, 0.25, 0.05, 1, &mse, r.data()), 0);
+  const std::vector<double> got = {r[kRowPredicted], r[7 + kRowPredicted], r[7 + kRowLevel], r[14], L};
+  EXPECT_THAT(got, Pointwise(DoubleEq(), {1.5, 1.75, 2.875, -7.0, 2.875}));
   const char all[] = {1, 1, 1};
   L = 4;
   EXPECT_EQ(zes1prd(x, f, 4, 0, 0.5, &L, 0, 0, 1, 1, 0.05, 0, &mse, nullptr), -2);
@@ -147,16 +147,14 @@ TEST(Zes1Cla, EqualsVarianceOfPsiWeights) {
     }
   }
   double hw = 0;
-  EXPECT_TRUE(wzmis(zes1cla(0.3, kMissing, 2, 0.05, &hw)));
-  EXPECT_TRUE(wzmis(hw));
+  EXPECT_TRUE(wzmis(zes1cla(0.3, kMissing, 2, 0.05, &hw)) && wzmis(hw));
 }
 
 TEST(Zes1Std, Table) {
   struct Case {
     double xpx, mse;
     long nobs;
-    double se;  // -1: missing
-    double t;   // when tcode is 0
+    double se, t;  // se -1: missing; t when tcode is 0
     char tcode;
   } cases[] = {
       {-0.02, 2.0, 10, 0.2, 1.5, 0},  // sqrt(|-0.02| * 2) = 0.2; t = 0.3 / 0.2
@@ -186,11 +184,8 @@ TEST(Divide, Table) {
   for (const auto& c : cases) {
     double q = -5;
     EXPECT_EQ(divide(c.num, c.den, &q), c.rc) << c.num << "/" << c.den;
-    if (c.code) {
-      EXPECT_EQ(missCode(q), c.code) << c.num << "/" << c.den;
-    } else {
-      EXPECT_EQ(q, c.q) << c.num << "/" << c.den;
-    }
+    if (c.code) EXPECT_EQ(missCode(q), c.code) << c.num << "/" << c.den;
+    else EXPECT_EQ(q, c.q) << c.num << "/" << c.den;
   }
 }
 
