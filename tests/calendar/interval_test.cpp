@@ -79,8 +79,7 @@ TEST(IntervalNames, ArgumentsBuffersAndCodes) {
     EXPECT_TRUE(code != kIntWeekday || (weekendDigits(i) + name(i) == "17WEEKDAY" && i.nweekday == 5));
   }
   // Retail years, custom, reserved and unknown codes have none.
-  for (int code : {61, 65, 28, 2, 66, -1, 1000})
-    EXPECT_EQ(zintic(code, &i), 1) << code;
+  for (int code : {61, 65, 28, 2, 66, -1, 1000}) EXPECT_EQ(zintic(code, &i), 1) << code;
   for (const auto& c : testing::handCases("icms")) {
     ASSERT_EQ(zinticms(c.i(1), c.i(2), c.i(3), &i), c.i(4)) << c.where();
     EXPECT_TRUE(c.i(4) != 0 || name(i) == c.s(5)) << c.where() << " " << name(i);
@@ -139,8 +138,7 @@ TEST(IntervalStep, StepThenCountRoundTrip) {
       const auto& r = rows[ri];
       if (r.y < 1700 || r.y > 9000) continue;
       const double x = kind == 's'   ? r.day * kDay + 3723.5
-                       : kind == 't' ? r.day * kDay + 3723.5 + r.d * 61.0
-                                     : r.day;
+                       : kind == 't' ? r.day * kDay + 3723.5 + r.d * 61.0 : r.day;
       const double b = zintnx2(I, x, 0);
       const bool starts = kind != 'x';  // OBS3.2 adds its shift past x
       SCOPED_TRACE(::testing::Message() << text << " at " << x);
