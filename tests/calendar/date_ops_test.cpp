@@ -128,14 +128,11 @@ TEST(WeekDates, WorkedByHand) {
   }
   const double bad[] = {kMissing, skMissVal('I'), std::numeric_limits<double>::quiet_NaN(),
                         std::numeric_limits<double>::infinity(), -138062.0, 6589336.0};
-  for (double x : bad) {
-    for (char f : {'V', 'U', 'W'}) {
-      const Wd r = weekDate(x, f);
-      EXPECT_EQ(r.y + r.w + r.d, -3.0) << x << f;
-    }
-  }
-  const Wd q = weekDate(100.0, 'Q');  // unknown convention
-  EXPECT_EQ(q.y + q.w + q.d, -3.0);
+  // Every field -1: for values that aren't dates, and for an unknown convention.
+  const auto fields = [](const Wd& r) { return r.y + r.w + r.d; };
+  for (double x : bad)
+    for (char f : {'V', 'U', 'W'}) EXPECT_EQ(fields(weekDate(x, f)), -3.0) << x << f;
+  EXPECT_EQ(fields(weekDate(100.0, 'Q')), -3.0);
   double yy = 0;
   EXPECT_EQ(zidywdd(100.0, nullptr, 0, &yy, nullptr, nullptr), 0);
   EXPECT_EQ(yy, -1.0);
