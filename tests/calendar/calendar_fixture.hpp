@@ -29,16 +29,30 @@ namespace qvt::testing {
 
 inline constexpr double kDay = 86400.0;
 
-inline INTERVAL iv(const char* text) {
+inline INTERVAL iv(const std::string& text) {
   INTERVAL i;
-  EXPECT_EQ(zintstr(text, -1, &i), 0) << text;
+  EXPECT_EQ(zintstr(text.c_str(), -1, &i), 0) << text;
   return i;
 }
-inline INTERVAL iv(const std::string& text) { return iv(text.c_str()); }
 inline INTERVALX ivx(const std::string& text) { return zintwiden(iv(text)); }
 
 inline double ymd(int y, int m, int d) { return hostMdyToDate(m, d, y); }
 inline int weekday0(double d) { return static_cast<int>(hostWeekday(d)) - 1; }  // 0 Sunday
+
+// Week years: the first week of year y starts on the weekday `first` (0
+// Sunday, 1 Monday) on or before January 4. The week year of a date, and the
+// place (from 0) in it of the week that holds d.
+inline double firstWeek(int y, int first) {
+  const double jan4 = ymd(y, 1, 4);
+  return jan4 - ((weekday0(jan4) - first + 7) % 7);
+}
+inline int weekYear(double d, int first) {
+  const int y = static_cast<int>(hostYear(d));
+  return d < firstWeek(y, first) ? y - 1 : d >= firstWeek(y + 1, first) ? y + 1 : y;
+}
+inline int weekPos(double d, int first) {
+  return static_cast<int>(std::floor((d - firstWeek(weekYear(d, first), first)) / 7));
+}
 
 // The values joined by blanks, to compare several fields at once.
 template <class... T>

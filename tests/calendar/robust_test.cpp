@@ -23,24 +23,21 @@ TEST(IntervalFuzz, InconsistentRecordsGiveMissingOrNumbers) {
   const double xs[] = {0, -138061, 6589335, 1e9, -1e9, 12345.678, 4e10, -4e10, 1e152, -0.5};
   const double ns[] = {0, 1, -1, 1e6, -1e6, 9e15, -9e15, 0.5};
   std::uniform_int_distribution<int> pick(0, 1 << 20);
+  const auto any = [&](const auto& from) { return from[pick(rng) % std::size(from)]; };
   for (int trial = 0; trial < 20000; ++trial) {
     INTERVAL r;
-    r.intcode = static_cast<char>(codes[pick(rng) % std::size(codes)]);
-    r.units = units[pick(rng) % std::size(units)];
-    r.intper = pers[pick(rng) % std::size(pers)];
-    r.shiftper = pers[pick(rng) % std::size(pers)];
+    r.intcode = static_cast<char>(any(codes));
+    r.units = any(units);
+    r.intper = any(pers);
+    r.shiftper = any(pers);
     for (char& w : r.weekend) w = static_cast<char>(pick(rng) % 3 == 0);
     r.nweekday = static_cast<char>(pick(rng) % 9);
     r.tokenlen = static_cast<short>(pick(rng) % 40 - 5);
     std::memset(r.token, '7', sizeof r.token);
-    const double x = xs[pick(rng) % std::size(xs)];
-    const double x2 = xs[pick(rng) % std::size(xs)];
-    const double n = ns[pick(rng) % std::size(ns)];
-    for (double v : {zintck2(r, x, x2), zintnx2(r, x, n)}) ASSERT_FALSE(std::isnan(v) && !wzmis(v));
-    for (const char* a : {"B", "E", "M", "S"}) {
-      const double v = zintnx3(r, x, n, a, nullptr);
-      ASSERT_FALSE(std::isnan(v) && !wzmis(v));
-    }
+    const double x = any(xs), x2 = any(xs), n = any(ns);
+    for (const char* a : {"B", "E", "M", "S"})
+      for (double v : {zintck2(r, x, x2), zintnx2(r, x, n), zintnx3(r, x, n, a, nullptr)})
+        ASSERT_FALSE(std::isnan(v) && !wzmis(v)) << a;
     char buf[64];
     int blen = sizeof buf;
     const int rc = zinti2s(buf, &blen, &r);
