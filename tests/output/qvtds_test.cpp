@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -18,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "../host/host_test_util.hpp"
+#include "../run/test_host.hpp"
 #include "smoothing/esmtypes.hpp"
 
 namespace qvt {
@@ -29,11 +28,7 @@ using Names = std::vector<std::string>;
 
 // Day number from 1960-01-01 of day d of the month m months after January
 // 2020, by the calendar of <chrono>; day 0 is the last day of the month before.
-double day(int m, int d) {
-  namespace c = std::chrono;
-  const c::year_month ym = c::year{2020} / c::January + c::months{m};
-  return static_cast<double>((c::sys_days{ym / 1} - c::sys_days{c::year{1960} / 1 / 1}).count() + d - 1);
-}
+double day(int m, int d) { return double(testing::day(2020 + m / 12, m % 12 + 1, 1) + d - 1); }
 
 // Twelve months of east, two of west.
 std::string salesCsv() {

@@ -7,27 +7,21 @@
 
 #include <gtest/gtest.h>
 
-#include "host/output_layer.hpp"
 #include "host/plot_svg.hpp"
+#include "layer_host.hpp"
 #include "report/qvtg.hpp"
 
 namespace qvt {
 namespace {
 
+using testing::value;
 const std::string kInf = "\"(*ESC*){unicode '221e'x}\"";
 
 // Expected lists from a short Python script that applies the tick rules to
 // math.pi step by step (floats, "%5.3f", the label rule); pasted here.
 TEST(PlotTicks, PeriodList) {
-  struct Case {
-    long n;
-    int seasonality;
-    double maxfreq;
-    const char* values;
-    std::string labels;
-  };
   const double pi = std::numbers::pi;
-  const Case cases[] = {
+  const struct { long n; int seasonality; double maxfreq; const char* values; std::string labels; } cases[] = {
       // n 2 acts as n 4: two ticks, 0 and pi.
       {2, 0, pi, "0.000 3.142", kInf + " \"2\""},
       // Season 12: the tick nearest to pi/6 moves there and reads 12.
@@ -52,7 +46,7 @@ TEST(PlotTicks, PeriodList) {
       {100, 12, pi / 2, "0.000 0.143 0.286 0.524 0.571 0.714 0.857 1.000 1.142 1.285 1.428 1.571",
        kInf + " \"44\" \"22\" \"12\" \"11\" \"8.8\" \"7.3\" \"6.3\" \"5.5\" \"4.9\" \"4.4\" \"4\""},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     u_slabel tvl, tdl;
     double sf = 0;
     EXPECT_EQ(ztsGetPeriodTickList(c.n, c.seasonality, c.maxfreq, &tvl, &tdl, &sf), 0);
@@ -70,13 +64,8 @@ TEST(PlotTicks, PeriodList) {
 // 0.35 pi * 0.1 = 0.110, and 1/4 (0.1 off) is taken.
 TEST(PlotTicks, FrequencyList) {
   const std::string p = "(*ESC*){unicode pi}";
-  struct Case {
-    double maxfreq;
-    const char* values;
-    std::string labels;
-  };
   const double pi = std::numbers::pi;
-  const Case cases[] = {
+  const struct { double maxfreq; const char* values; std::string labels; } cases[] = {
       {pi, " 0.000 0.785 1.571 2.356 3.141",
        "\"0\" \"" + p + "/4\" \"" + p + "/2\" \"3" + p + "/4\" \"" + p + "\""},
       {pi / 2, " 0.000 0.393 0.785 1.178 1.571",
@@ -84,7 +73,7 @@ TEST(PlotTicks, FrequencyList) {
       {0.35 * pi, " 0.000 0.196 0.393 0.589 0.785",
        "\"0\" \"" + p + "/16\" \"" + p + "/8\" \"3" + p + "/16\" \"" + p + "/4\""},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     u_slabel tvl, tdl;
     EXPECT_EQ(ztsGetFrequencyTickList(7, 12, c.maxfreq, &tvl, &tdl), 0);
     EXPECT_EQ(tvl.str(), c.values) << c.maxfreq;
@@ -93,9 +82,10 @@ TEST(PlotTicks, FrequencyList) {
 }
 
 TEST(PlotTicks, ConfidenceAndLags) {
-  // 100 - floor(100 alpha + 0.4999999999), alpha held to [0.01, 0.99].
-  const std::pair<double, const char*> conf[] = {{0.05, "95"}, {kMissing, "95"}, {0.001, "99"},
-                                                 {0.999, " 1"}, {0.925, " 8"}, {0.2, "80"}};
+  // 100 - floor(100 alpha + 0.4999999999), alpha held to [0.01, 0.99]; one
+  // digit padded to two places.
+  const std::pair<double, const char*> conf[] = {{0.05, "95"},  {kMissing, "95"}, {0.001, "99"}, {0.999, " 1"},
+                                                 {0.095, "91"}, {0.905, "10"},    {0.915, " 9"}, {0.2, "80"}};
   for (auto [a, s] : conf) {
     char c[3] = "xx";
     qvtocl(a, c);
@@ -106,35 +96,9 @@ TEST(PlotTicks, ConfidenceAndLags) {
   for (const auto& l : lags) EXPECT_EQ(plotLags(static_cast<int>(l[0]), l[1]), l[2]) << l[0] << " " << l[1];
 }
 
-class GraphHost : public Host {
- public:
-  std::vector<Table> tables;
-  OutputLayer layer{[this](const Table& t) { tables.push_back(t); }};
-  void msgLog(int, int, std::span<const MsgArg>, const SourcePos*) override {}
-  int tableOpen(const TableHead& h, TableHandle* o) override { return layer.tableOpen(h, o); }
-  int tableColumn(TableHandle t, const TableColumn& c) override { return layer.tableColumn(t, c); }
-  int tableColumnsEnd(TableHandle t) override { return layer.tableColumnsEnd(t); }
-  int tableValue(TableHandle t, std::string_view n, std::string_view x) override { return layer.tableValue(t, n, x); }
-  int tableRow(TableHandle t, std::span<const TableCell> c) override { return layer.tableRow(t, c); }
-  int tableClose(TableHandle t) override { return layer.tableClose(t); }
-  int graphDraw(TableHandle t, const PlotGraph& g) override { return layer.graphDraw(t, g); }
-  std::vector<std::string> graphs() const {
-    std::vector<std::string> v;
-    for (const Table& t : tables)
-      for (const PlotGraph& g : t.graphs) v.push_back(g.name);
-    return v;
-  }
-};
-
-std::string value(const Table& t, std::string_view name) {
-  for (const TableValue& v : t.values)
-    if (v.name == name) return v.text;
-  return "<none>";
-}
-
 // Ten periods fitted, two forecasts; no ID, season length 12.
 struct PlotFixture : ::testing::Test {
-  GraphHost h;
+  testing::LayerHost h;
   QVTCOM com;
   double pred[12], act[12], lo[12], hi[12], err[12];
   FOR_OUT fore;
@@ -163,7 +127,7 @@ TEST_F(PlotFixture, GraphsByFlagAndModel) {
   com.plot.none = 1;
   qvtgmod(&com, &fore, 7, 3);
   ASSERT_EQ(h.tables.size(), 2u);
-  EXPECT_EQ(h.graphs(), (std::vector<std::string>{"ModelPlot", "ErrorACFPlot", "ErrorACFNORMPlot", "ModelPlot",
+  EXPECT_EQ(h.names(true), (std::vector<std::string>{"ModelPlot", "ErrorACFPlot", "ErrorACFNORMPlot", "ModelPlot",
                                                   "TrendStatePlot", "SeasonStatePlot", "ErrorACFPlot",
                                                   "ErrorACFNORMPlot"}));
   const Table& t = h.tables[1];
@@ -183,7 +147,7 @@ TEST_F(PlotFixture, ForecastRowsAndLimits) {
   com.print.internal = 1;
   for (int type : {2, 1, 0}) qvtgfor(&com, &fore, 1, type);
   ASSERT_EQ(h.tables.size(), 2u);  // no MODELFORECASTS flag: type 2 draws nothing
-  EXPECT_EQ(h.graphs(), (std::vector<std::string>{"ForecastsPlot", "ForecastsOnlyPlot"}));
+  EXPECT_EQ(h.names(true), (std::vector<std::string>{"ForecastsPlot", "ForecastsOnlyPlot"}));
   const Table& all = h.tables[0];
   const Table& only = h.tables[1];
   EXPECT_FALSE(all.head.hidden);
@@ -198,10 +162,7 @@ TEST_F(PlotFixture, ForecastRowsAndLimits) {
 }
 
 // Two demands in the sample, one held out, and the next one forecast.
-TEST(PlotDemands, RowsAndGraphsByFlag) {
-  GraphHost h;
-  QVTCOM com;
-  com.host = &h;
+TEST_F(PlotFixture, DemandRowsAndGraphsByFlag) {
   IDSERIES ids;
   ids.nsample = 2;
   ids.nholdout = 1;
@@ -220,7 +181,7 @@ TEST(PlotDemands, RowsAndGraphsByFlag) {
   com.plot.errors = 1;
   qvtgdem(&com, &idm);
   ASSERT_EQ(h.tables.size(), 2u);
-  EXPECT_EQ(h.graphs(), (std::vector<std::string>{"DemandIntervalPlot", "DemandIntervalHistogram", "DemandSizePlot",
+  EXPECT_EQ(h.names(true), (std::vector<std::string>{"DemandIntervalPlot", "DemandIntervalHistogram", "DemandSizePlot",
                                                   "DemandSizeHistogram", "DemandForecastsPlot", "DemandErrorsPlot",
                                                   "DemandForecastsPlot"}));
   const Table& t = h.tables[0];

@@ -6,47 +6,18 @@
 #include <gtest/gtest.h>
 
 #include "calendar/interval.hpp"
-#include "host/output_layer.hpp"
 #include "intermittent/idmodel.hpp"
+#include "layer_host.hpp"
 #include "report/qvto.hpp"
 
 namespace qvt {
 namespace {
 
-class CaptureHost : public Host {
- public:
-  std::vector<Table> tables;
-  OutputLayer layer{[this](const Table& t) { tables.push_back(t); }};
-  void msgLog(int, int, std::span<const MsgArg>, const SourcePos*) override {}
-  int groupOpen(std::string_view n, std::string_view v, std::string_view l) override { return layer.groupOpen(n, v, l); }
-  int groupClose() override { return layer.groupClose(); }
-  int tableOpen(const TableHead& h, TableHandle* o) override { return layer.tableOpen(h, o); }
-  int tableColumn(TableHandle t, const TableColumn& c) override { return layer.tableColumn(t, c); }
-  int tableColumnsEnd(TableHandle t) override { return layer.tableColumnsEnd(t); }
-  int tableValue(TableHandle t, std::string_view n, std::string_view x) override { return layer.tableValue(t, n, x); }
-  int tableLine(TableHandle t, const FactoidLine& l) override { return layer.tableLine(t, l); }
-  int tableRow(TableHandle t, std::span<const TableCell> c) override { return layer.tableRow(t, c); }
-  int tableClose(TableHandle t) override { return layer.tableClose(t); }
-  TableHandle tableFind(std::string_view n) const override { return layer.tableFind(n); }
+using testing::cols;
+using testing::LayerHost;
+using testing::num;
+using testing::value;
 
-  std::vector<std::string> names() const {
-    std::vector<std::string> v;
-    for (const Table& t : tables) v.push_back(t.head.name);
-    return v;
-  }
-  static std::vector<std::string> cols(const Table& t) {
-    std::vector<std::string> v;
-    for (const TableColumn& c : t.cols) v.push_back(c.name);
-    return v;
-  }
-  static std::string value(const Table& t, std::string_view name) {
-    for (const TableValue& v : t.values)
-      if (v.name == name) return v.text;
-    return "<none>";
-  }
-};
-
-double num(const TableCell& c) { return std::get<double>(c); }
 // The cell of column `col` in row r.
 double num(const Table& t, std::size_t r, std::string_view col) {
   const auto k = std::find_if(t.cols.begin(), t.cols.end(), [&](const TableColumn& c) { return c.name == col; });
@@ -56,18 +27,14 @@ double num(const Table& t, std::size_t r, std::string_view col) {
 // forformat's decimal steps at both sides of each boundary; the expected
 // decimals are read off its table of cases (84 stands for free).
 TEST(ForFormat, DecimalsAtTheBoundaries) {
-  struct Case {
-    double v;
-    int decimals;
-  };
-  const Case cases[] = {{1e10, 84},      {9999999999.0, 0}, {1e9, 0},     {999999999.0, 1}, {1e8, 1},
-                        {99999999.0, 2}, {1e7, 2},          {9999999.0, 3}, {1e6, 3},       {999999.0, 4},
-                        {10.0, 4},       {9.99, 5},         {0.1, 5},     {0.0999, 6},      {0.01, 6},
-                        {0.0099, 7},     {0.0011, 7},       {0.001, 84},  {-2e7, 2},        {0.0, 84}};
-  for (const Case& c : cases) {
-    const double v[] = {kMissing, c.v, kMissing};
+  const std::pair<double, int> cases[] = {
+      {1e10, 84}, {9999999999.0, 0}, {1e9, 0},   {999999999.0, 1}, {1e8, 1},     {99999999.0, 2}, {1e7, 2},
+      {9999999.0, 3}, {1e6, 3},      {999999.0, 4}, {10.0, 4},     {9.99, 5},    {0.1, 5},        {0.0999, 6},
+      {0.01, 6},  {0.0099, 7},       {0.0011, 7},  {0.001, 84},    {-2e7, 2},    {0.0, 84}};
+  for (const auto& [x, decimals] : cases) {
+    const double v[] = {kMissing, x, kMissing};
     const double* vecs[] = {v, nullptr};
-    EXPECT_EQ(forformat(vecs, 2, 0, 2), c.decimals) << c.v;
+    EXPECT_EQ(forformat(vecs, 2, 0, 2), decimals) << x;
   }
   // The smallest value decides "free", and only rows first..last count.
   const double a[] = {0.0005, 500.0, 5.0};
@@ -80,19 +47,16 @@ TEST(ForFormat, DecimalsAtTheBoundaries) {
   EXPECT_EQ(forformat(none, 1, 0, 0), 84);  // nothing to measure: the start values fall through
 }
 
-TEST(ForFormat, ObsWidthsAndConfidence) {
+// The confidence text is the one of the plots (PlotTicks.ConfidenceAndLags).
+TEST(ForFormat, ObsWidths) {
   const std::pair<double, int> widths[] = {{1, 4},       {9999, 4},       {10000, 5},       {99999, 5},
                                            {100000, 6},  {9999999, 7},    {100000000, 9},   {9999999999.0, 10},
                                            {1e10, 20}};
   for (auto [v, w] : widths) EXPECT_EQ(obsformat(v), w) << v;
-  // ALPHA= is cut to 0.01..0.99; p = floor(100 alpha + 0.4999999999); 100 - p in two places.
-  const std::pair<double, const char*> conf[] = {{0.05, "95"},  {0.001, "99"}, {0.999, " 1"},
-                                                 {0.095, "91"}, {0.905, "10"}, {0.915, " 9"}};
-  for (auto [a, s] : conf) EXPECT_EQ(confidenceText(a), s) << a;
 }
 
 struct Fixture : ::testing::Test {
-  CaptureHost h;
+  LayerHost h;
   QVTCOM com;
   FORSTMT f;
   VAR v;
@@ -127,7 +91,7 @@ TEST_F(Fixture, ForecastRowsObsAndColumns) {
   qvtofor(&com, &fore, 5);
   ASSERT_EQ(h.tables.size(), 3u);
   const Table& last2 = h.tables[0];
-  EXPECT_EQ(CaptureHost::cols(last2), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper"}));
+  EXPECT_EQ(cols(last2), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper"}));
   ASSERT_EQ(last2.rows.size(), 2u);
   // Obs = t - n - back + tobs + 1: rows 5 and 6 are observations 6 and 7.
   EXPECT_EQ(num(last2.rows[0][0]), 6);
@@ -136,13 +100,13 @@ TEST_F(Fixture, ForecastRowsObsAndColumns) {
   EXPECT_EQ(last2.cols[0].width, 4);
   EXPECT_EQ(last2.cols[1].decimals, 4);  // largest shown 106.5: four decimals
   EXPECT_NE(last2.cols[3].label.find("99"), std::string::npos);
-  EXPECT_EQ(CaptureHost::value(last2, "Lead"), "2");
+  EXPECT_EQ(value(last2, "Lead"), "2");
   const Table& all = h.tables[1];
-  EXPECT_EQ(CaptureHost::cols(all), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper", "Actual",
+  EXPECT_EQ(cols(all), (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper", "Actual",
                                                              "Error", "Level", "Trend", "Season"}));
   ASSERT_EQ(all.rows.size(), 7u);
   EXPECT_EQ(all.cols[6].decimals, kColFree);
-  EXPECT_EQ(CaptureHost::cols(h.tables[2]),
+  EXPECT_EQ(cols(h.tables[2]),
             (std::vector<std::string>{"Obs", "Predict", "Std", "Lower", "Upper", "Level", "Season"}));
 }
 
@@ -184,7 +148,7 @@ TEST_F(Fixture, TablesFollowThePrintFlags) {
   ASSERT_EQ(h.tables.size(), 2u);
   EXPECT_EQ(h.tables[0].rows.size(), 3u);  // Winters: level, trend, season weights
   const Table& st = h.tables[1];
-  EXPECT_EQ(CaptureHost::cols(st),
+  EXPECT_EQ(cols(st),
             (N{"State", "Level", "Trend", "Season1", "Season2", "Season3", "Season4"}));
   EXPECT_EQ(num(st.rows[0][2]), -2.5);  // the backcast's trend turned
   EXPECT_TRUE(wzmis(num(st.rows[0][3])));  // no factors in the backcast state
@@ -206,7 +170,7 @@ TEST_F(Fixture, SummaryOverAGroup) {
   ASSERT_EQ(s.rows.size(), 2u);
   EXPECT_EQ(s.cols[3].name, "Horizon3");
   EXPECT_EQ(num(s.rows[1][3]), 30);
-  EXPECT_EQ(CaptureHost::value(s, "Last"), "Horizon3");
+  EXPECT_EQ(value(s, "Last"), "Horizon3");
 }
 
 // The winner is marked on the one row whose model and transformation both
@@ -246,14 +210,14 @@ TEST_F(Fixture, GroupsAndStepTables) {
   ASSERT_EQ(h.names(), (std::vector<std::string>{"DataSet", "Variable"}));
   // No ID statement: name, label, season length, lead; BACK= 0 adds no line.
   EXPECT_EQ(h.tables[0].lines.size(), 4u);
-  EXPECT_EQ(CaptureHost::value(h.tables[1], "Nobs"), "12");
+  EXPECT_EQ(value(h.tables[1], "Nobs"), "12");
   EXPECT_EQ(h.tables[1].head.templ, "QVT.QVT.Variable");
 }
 
 // A failed call of the output layer ends the step, except on a host that
 // has no output layer at all, where the tables are silently left out.
 TEST_F(Fixture, FailedLayerCallEndsTheStep) {
-  struct Refusing : CaptureHost {
+  struct Refusing : LayerHost {
     int code = kHostIoError;
     int tableColumn(TableHandle, const TableColumn&) override { return code; }
   } r;
@@ -366,11 +330,11 @@ TEST_F(Demand, TablesFollowThePrintFlags) {
   FOR_OUT fore;
   com.print.forecasts = com.print.details = 1;
   qvtofor(&com, &fore, 7), qvtofor(&com, &fore, kModelCroston);
-  EXPECT_EQ(CaptureHost::value(h.tables[4], "First") + CaptureHost::value(h.tables[5], "First"), "0<none>");
+  EXPECT_EQ(value(h.tables[4], "First") + value(h.tables[5], "First"), "0<none>");
   double n[3] = {}, total[3] = {};
   for (std::size_t t = 0; t < kDemand.size(); ++t) n[t % 3] += kDemand[t] != 0, total[t % 3] += kDemand[t];
   const Table& sizes = h.tables[2];
-  EXPECT_EQ(CaptureHost::value(sizes, "ComponentName"), "Size");
+  EXPECT_EQ(value(sizes, "ComponentName"), "Size");
   for (std::size_t r = 0; r < 3; ++r)
     EXPECT_TRUE(num(sizes, r, "Season") == double(r + 1) && num(sizes, r, "N") == n[r] &&
                 num(sizes, r, "Total") == total[r]);
@@ -404,8 +368,8 @@ TEST_F(Demand, SelectionEstimatesAndStates) {
     qvtoest(&com, nullptr, idm), qvtosta(&com, nullptr, idm);
     const Table &e = h.tables.at(0), &st = h.tables.at(1);
     EXPECT_EQ(num(e, e.rows.size() - 1, "Estimate"), avg ? 0.3 : 0.1);
-    EXPECT_EQ(CaptureHost::cols(st).back(), avg ? "AverageLevel" : "SizeTrend");
-    EXPECT_EQ(num(st, 0, CaptureHost::cols(st).back()),
+    EXPECT_EQ(cols(st).back(), avg ? "AverageLevel" : "SizeTrend");
+    EXPECT_EQ(num(st, 0, cols(st).back()),
               avg ? idm->adem.forecast.level.backcast : -idm->size.forecast.trend.backcast);
   }
 }

@@ -236,9 +236,7 @@ TEST(Qvtout, RowsOfAllSeriesFromTheTransposedSpool) {
   });
   ASSERT_EQ(rc, 0) << r.log.str();
   // Periods 1 to 6 at their month ends: period 0 is before the input.
-  std::stringstream text;
-  text << std::ifstream(r.dir + "/out.csv").rdbuf();
-  EXPECT_EQ(text.str(), "date,units,price\n2020-02-29,1,10\n2020-03-31,2,20\n2020-04-30,3,30\n"
+  EXPECT_EQ(r.dir.read("out.csv"), "date,units,price\n2020-02-29,1,10\n2020-03-31,2,20\n2020-04-30,3,30\n"
                         "2020-05-31,4,40\n2020-06-30,5.5,50\n2020-07-31,6.5,60\n");
 }
 

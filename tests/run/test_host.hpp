@@ -6,17 +6,11 @@
 #pragma once
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
-#include <sstream>
 
-#include "host/process_host.hpp"
+#include "../host/host_test_util.hpp"
 #include "run/qvtin.hpp"
 
 namespace qvt::testing {
@@ -47,7 +41,7 @@ std::string cells(const T* p, long n) {
 struct InputRun {
   std::map<std::string, std::string> kv = {{"csv", "date,y/2020-01-01,1"}, {"interval", "MONTH"},
                                            {"id", "date"}, {"series", "y"}, {"maxerror", "25"}, {"enobs", "4"}};
-  std::string dir = (std::filesystem::temp_directory_path() / "qvt-run-test-XXXXXX").string();
+  TempDir dir;
   std::ostringstream log;
   ProcessHost host;
   QVTCOM com;
@@ -58,7 +52,7 @@ struct InputRun {
   explicit InputRun(const std::string& setup) : host(config(setup)) {
     EXPECT_EQ(host.init(), 0);
     std::replace(kv["csv"].begin(), kv["csv"].end(), '/', '\n');
-    std::ofstream(dir + "/input.csv") << kv["csv"] << '\n';
+    dir.write("input.csv", kv["csv"] + '\n');
     com.host = &host;
     for (PoolHandle* p : {&com.cpool, &com.dpool, &com.tpool}) *p = hostPoolCreate(host, 0, 1024, 6);
     EXPECT_EQ(hostDsOpen(host, "input", DsMode::Input, &com.ds.data.fileid), 0);
@@ -107,16 +101,10 @@ struct InputRun {
       host.bySet(ds, bv, false);
     }
   }
-  ~InputRun() { std::filesystem::remove_all(dir); }
-
   HostConfig config(const std::string& setup) {
     std::istringstream in(setup);
     for (std::string w; in >> w;) kv[w.substr(0, w.find('='))] = w.substr(w.find('=') + 1);
-    EXPECT_NE(::mkdtemp(dir.data()), nullptr);
-    HostConfig c;
-    c.libs = {"work=" + dir};
-    c.logStream = &log;
-    c.logFormat = LogFormat::Jsonl;
+    HostConfig c = jsonlConfig(log, {"work=" + dir.path()});
     c.memsize = std::size_t(num("memsize"));
     return c;
   }
@@ -148,9 +136,7 @@ struct InputRun {
   // (as group-number outside group 743) and its arguments joined by '|'.
   std::vector<std::pair<std::string, std::string>> messages() const {
     std::vector<std::pair<std::string, std::string>> r;
-    std::istringstream in(log.str());
-    for (std::string line; std::getline(in, line);) {
-      const auto j = nlohmann::json::parse(line);
+    for (const auto& j : jsonLines(log.str())) {
       std::string a;
       for (const auto& x : j["args"]) {
         const double d = x.is_number_float() ? x.get<double>() : 0.5;  // whole days show as dates
