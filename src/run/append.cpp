@@ -272,7 +272,7 @@ int summation(QVTCOM* com, WINMODEL* esm, const FOR_OUT* fore) {
     const double p = fore->predicted[n - L];
     s.pred = wzmis(p) ? kMissing : (L - S + 1) * p;
   } else if (com->current.trnscode == kTrnsNone && esm != nullptr) {
-    // The sum of the leads STARTSUM+1 .. LEAD of the forecast range, with
+    // The sum of the leads STARTSUM .. LEAD of the forecast range, with
     // the limits of a sum from the model's moving-average weights.
     const int lead = static_cast<int>(com->current.lead);
     esmsum(esm, fore->predicted + com->current.nobs, lead, lead + S - L, alpha, &s.pred, &s.std,

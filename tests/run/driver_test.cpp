@@ -99,6 +99,8 @@ TEST(Summation, LastForecastSumsAndLeadCells) {
   // leaves the lead cells missing.
   fr.f.use.code = kUseNone;
   fr.com.istmt.startsum = 2;
+  summation(&fr.com, nullptr, &fr.fore);
+  EXPECT_EQ(sums(), "213,.,.,.");  // leads 2 and 3: 106 + 107
   fr.pred[6] = M;
   summation(&fr.com, nullptr, &fr.fore);
   EXPECT_EQ(sums(), "107,.,.,.");
