@@ -22,11 +22,8 @@ TEST(Grammar, BuildsWithoutConflicts) {
 }
 
 TEST(Steps, Split) {
-  const struct {
-    const char* text;
-    const char* steps;  // records of each step's PROCSTR, r when RUN; ended it, ! when unusable
-    std::vector<int> messages;
-  } cases[] = {
+  // steps: the records of each step's PROCSTR, r when RUN; ended it, ! when unusable.
+  const struct { const char *text, *steps; std::vector<int> messages; } cases[] = {
       // A lexical error counts in its own step only.
       {"qvt lead=1; run;\nqvt data='x lead=2;", "1r 1!", {kMsgUnterminatedString}},
       {"qvt; forecast a; qvt; forecast b; forecast c; run;", "2 3r", {}},
@@ -57,13 +54,8 @@ TEST(Steps, Split) {
   }
 }
 
-struct RepairCase {
-  const char* text;
-  std::vector<int> messages;  // in the order logged
-  int repaired;
-  int skipped;
-  const char* clean;  // a program that leaves the same records, or null
-};
+// The messages in the order logged; clean: a program that leaves the same records, or null.
+struct RepairCase { const char* text; std::vector<int> messages; int repaired, skipped; const char* clean; };
 
 const RepairCase kRepairs[] = {
     // One transposition from LEAD: read as LEAD (cost 50 + 10) and the value kept.
@@ -136,10 +128,7 @@ nlohmann::json render(const std::string& text) {
 }
 
 TEST(StmtJson, SameMeaningSameJsonAndOnlyThen) {
-  const struct {
-    const char *a, *b;
-    bool same;
-  } pairs[] = {
+  const struct { const char *a, *b; bool same; } pairs[] = {
       {"qvt; idm size=(levelrest=(0.1 0.9));", "qvt; idm size=(levelrest=(0.1, 0.9));", true},
       {"qvt lead=5; /* a comment */", "QVT\n  LEAD = 5 ;", true},
       {"qvt; forecast x / criterion=mape;", "qvt; forecast x / criterion=mae;", false},
@@ -229,12 +218,8 @@ TEST(Fuzz, TokenSoupsAndRandomBytes) {
     std::string text = n % (soup ? 2 : 3) ? "qvt " : "";
     const auto m = rng() % (soup ? 41 : 201);
     for (std::size_t k = 0; k < m; ++k) {
-      if (!soup) {
-        text += static_cast<char>(rng() % 256);
-        continue;
-      }
-      text += words[pick(rng)];
-      text += rng() % 4 ? " " : "";
+      const std::string w = soup ? words[pick(rng)] : std::string(1, static_cast<char>(rng() % 256));
+      text += soup && rng() % 4 ? w + " " : w;
     }
     checkProgram(text);
     if (HasFatalFailure()) return;

@@ -26,9 +26,7 @@ std::string label(int number) {
 // A number as the facts show it; a missing value as '.'.
 template <class T>
 std::string num(T v) {
-  if constexpr (std::is_floating_point_v<T>) {
-    if (wzmis(v)) return ".";
-  }
+  if (std::is_floating_point_v<T> && wzmis(static_cast<double>(v))) return ".";
   std::ostringstream o;
   o << std::setprecision(12) << +v;
   return o.str();
@@ -172,12 +170,8 @@ TEST(QvtparsCodes, NamesLabelsAndUnknownCodes) {
   EXPECT_EQ(std::size(kCriterionLabels), std::size(kCriterionCodes));
 
   using Lookup = int (*)(QVTCOM*, int, u_sname*, u_slabel*);
-  const struct {
-    Lookup fn;
-    int code, result;
-    const char* name;
-    int label;  // catalogue number of the label, or 0
-  } lookups[] = {
+  // label: the catalogue number of the label, or 0.
+  const struct { Lookup fn; int code, result; const char* name; int label; } lookups[] = {
       {qvtpmdl, 12, -1, "UNKNOWN", 1099}, {qvtptrn, 10, 0, "AUTO", 0},     {qvtptrn, 5, -1, "UNKNOWN", 1599},
       {qvtpuse, 0, 0, "NONE", 0},         {qvtpuse, 7, -1, "UNKNOWN", 1499}, {qvtpsel, 11, 0, "ADJ_RSQ", 0},
       {qvtpsel, 6, -1, "UNKNOWN", 0},       {qvtpacc, 8, 0, "STD", 0},       {qvtpacc, 14, -1, "UNKNOWN", 0},

@@ -22,13 +22,7 @@
 
 namespace qvt::testing {
 
-struct Logged {
-  int group;
-  int number;
-  std::vector<MsgArg> args;
-  SourcePos pos;
-  bool hasPos;
-};
+struct Logged { int group, number; std::vector<MsgArg> args; SourcePos pos; bool hasPos; };
 
 // Base is Host (the messages are only kept) or ProcessHost (they also reach its log).
 template <class Base>
@@ -58,12 +52,11 @@ using RecordingHost = Recording<Host>;
 
 // A text through xsparseText.
 struct Parsed {
-  explicit Parsed(const std::string& text, const SourcePos& origin = SourcePos{}) {
-    rc = xsparseText(text, origin, h, p);
-  }
+  explicit Parsed(const std::string& text, const SourcePos& origin = SourcePos{})
+      : rc(xsparseText(text, origin, h, p)) {}
   RecordingHost h;
   PROCSTR p;
-  int rc = 0;
+  int rc;  // after h and p, which it is made from
 };
 
 // The rows of a data file of this folder, split at sep; lines that are

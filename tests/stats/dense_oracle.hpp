@@ -18,6 +18,8 @@
 
 namespace qvt::testing_dense {
 
+using LD = long double;
+inline const double kM = kMissing;
 constexpr long double kPiL = 3.141592653589793238462643383279503L;
 
 // |got - want| within rel of |want|, with a floor for values that are 0 to

@@ -5,21 +5,13 @@
 // with ztssfm. Guards, return codes and the random-walk base by hand.
 #include "stats/fitstats.hpp"
 
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <vector>
+#include "dense_oracle.hpp"
 
 namespace qvt {
 namespace {
 
-using LD = long double;
+using namespace testing_dense;
 using S = SF_STATS;
-const double kM = kMissing;
 const LD kNone = std::numeric_limits<LD>::quiet_NaN();  // an undefined statistic
 
 // The record's field of each criterion, in the order of kSfCriteria.

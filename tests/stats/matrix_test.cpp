@@ -46,15 +46,13 @@ TEST(Cholesky, IndefiniteAndSingularInputs) {
   double ind[] = {1, 2, 1};  // [[1, 2], [2, 1]]: LDL' without pivoting gives D = (1, -3)
   ASSERT_EQ(zrchol(ind, 2, 1e-12), 0);
   EXPECT_EQ(ind[2], -3.0);
-  double zero[6] = {0, 0, 0, 0, 0, 0};  // norm * tol is 0
-  EXPECT_EQ(zrchol(zero, 3, 1e-8), 1);
-  auto a = pack(kSpd3);
-  EXPECT_EQ(zrchol(a.data(), 3, 0.0), 1);
-  auto b = pack({{1, 2, 3}, {2, 5, 7}, {3, 7, 10}});  // rank 2: the third pivot vanishes
-  EXPECT_EQ(zrchol(b.data(), 3, 1e-10), 3);
-  double c[] = {1e-20, 0, 1};  // first pivot tiny against the norm
-  EXPECT_EQ(zrchol(c, 2, 1e-12), 1);
-  EXPECT_EQ(zrchol(c, 0, 1e-12), -99);
+  // norm * tol is 0 (twice); rank 2: the third pivot vanishes; the first
+  // pivot tiny against the norm; no order.
+  struct Case { std::vector<double> a; int n; double tol; int rc; };
+  const Case cases[] = {{std::vector<double>(6, 0.0), 3, 1e-8, 1}, {pack(kSpd3), 3, 0.0, 1},
+                        {pack({{1, 2, 3}, {2, 5, 7}, {3, 7, 10}}), 3, 1e-10, 3}, {{1e-20, 0, 1}, 2, 1e-12, 1},
+                        {{1e-20, 0, 1}, 0, 1e-12, -99}};
+  for (Case c : cases) EXPECT_EQ(zrchol(c.a.data(), c.n, c.tol), c.rc) << c.n << " " << c.tol;
 }
 
 TEST(PositiveDefinite, PassingSequencesGiveYuleWalkerAndFailingOnesAreShrunk) {
@@ -155,8 +153,7 @@ TEST(Select, AgreesWithSortingOnRandomAndTiedDataCarryingAPayload) {
     const auto orig = x;
     std::int32_t scratch = 0;
     double xj[4], xj1[4];
-    const int width = sizeof(std::int32_t);
-    ASSERT_EQ(zqpsort(n, x.data(), nullptr, 4, pos.data(), xj, xj1, tag.data(), width, &scratch), 0);
+    ASSERT_EQ(zqpsort(n, x.data(), nullptr, 4, pos.data(), xj, xj1, tag.data(), sizeof scratch, &scratch), 0);
     for (long i = 0; i < n; ++i) EXPECT_EQ(x[i], orig[tag[i]]) << "trial " << trial << " at " << i;
     for (int q = 0; q < 4; ++q) {
       const auto k = static_cast<std::size_t>(pos[q]);

@@ -11,7 +11,6 @@ namespace qvt {
 namespace {
 
 using namespace testing_dense;
-const double M = kMissing;
 
 double unif(std::uint64_t& s) {  // Knuth's MMIX LCG, top 53 bits: the same series everywhere
   s = s * 6364136223846793005ULL + 1442695040888963407ULL;
@@ -35,7 +34,7 @@ TEST(SeasonalGls, MatchesDenseGls) {
     const long m = k.m;
     std::vector<double> z(k.n), S(m, 0.0), cnt(m, 0.0);
     for (long t = 0; t < k.n; ++t) {
-      z[t] = (3 * t + k.n) % 7 == 0 ? M : 1.5 * static_cast<double>(t % m) + unif(seed);
+      z[t] = (3 * t + k.n) % 7 == 0 ? kM : 1.5 * static_cast<double>(t % m) + unif(seed);
       if (!wzmis(z[t])) S[t % m] += z[t], cnt[t % m] += 1.0;
     }
     for (long i = 0; i < m; ++i) S[i] /= cnt[i];
@@ -55,7 +54,7 @@ TEST(SeasonalGls, MatchesDenseGls) {
     for (long i = 0; i < m; ++i) q += a[i][2 * m] * s[i][m], sumR += a[i][2 * m];
     q -= sumR * sumR / sumA;
     std::vector<double> B(m), work(m * (3 * m + 1) / 2);
-    double fstat = M, phi[2] = {0.0, k.phi};
+    double fstat = kM, phi[2] = {0.0, k.phi};
     ASSERT_EQ(getsgls(z.data(), k.n, m, phi, S.data(), 1e-10, B.data(), work.data(), &fstat), 0);
     for (long i = 0; i < m; ++i) expectRel(B[i], s[i][m], 1e-11, "B", static_cast<double>(i));
     expectRel(fstat, q / (1.0L - k.phi * k.phi), 1e-9, "fstat", 0);
@@ -83,10 +82,10 @@ TEST(SeasonalityHelpers, HandWorkedSeries) {
   // phi1 = rho1 (1 - rho2) / (1 - rho1^2) = 0.6, phi2 = (rho2 - rho1^2) / (1 - rho1^2)
   // = -0.2, constant (1 - 0.6 + 0.2) 10.
   // Powers of 2 are their own differences: three passes at lag 1 leave
-  // {1, 2, M, M, M, M, 64}, the gap growing by one a pass: 2 + 3 + 4 missing.
-  const double z[] = {2, 5, M, 4, 7, 3, M, 6}, flat[] = {3, 3, M, 3, 3}, zero[] = {0, 0, 0, 0};
+  // {1, 2, kM, kM, kM, kM, 64}, the gap growing by one a pass: 2 + 3 + 4 missing.
+  const double z[] = {2, 5, kM, 4, 7, 3, kM, 6}, flat[] = {3, 3, kM, 3, 3}, zero[] = {0, 0, 0, 0};
   const double ar1[] = {1.5, 0.5}, ar2[] = {1.0, 0.5, -0.25};
-  double rho[3], b[3], r2[] = {1, 0.5, 0.1}, phi[3], d[] = {1, 2, 4, 8, 16, M, 64, 128, 256, 512};
+  double rho[3], b[3], r2[] = {1, 0.5, 0.1}, phi[3], d[] = {1, 2, 4, 8, 16, kM, 64, 128, 256, 512};
   const int lags[] = {1, 1, 1};
   long nmiss = 0;
   ASSERT_EQ(getrho(z, 8, getmu(z, 8), rho, 2, 1e-8), 0);
@@ -131,13 +130,13 @@ TEST(SeasonalityTest, Verdicts) {
     for (long t = 0; t < k.n; ++t) {
       const double pattern[] = {3, -1, 4, 1.5, -2}, noise = unif(seed) - 0.5;
       x[t] = k.name == "constant" ? 5.0 : k.name == "repeats each cycle" ? pattern[t % 5] : noise;
-      if (k.name == "one season only" && t % 4 != 0) x[t] = M;
+      if (k.name == "one season only" && t % 4 != 0) x[t] = kM;
       if (k.name == "seasonal") x[t] += 4 * std::sin(0.5236 * static_cast<double>(t));
-      if (k.name == "gaps") x[t] = t % 3 == 1 ? M : x[t] + pattern[t % 5];
-      if (k.name == "empty season") x[t] = t % 5 == 2 ? M : x[t] + pattern[t % 5];
+      if (k.name == "gaps") x[t] = t % 3 == 1 ? kM : x[t] + pattern[t % 5];
+      if (k.name == "empty season") x[t] = t % 5 == 2 ? kM : x[t] + pattern[t % 5];
       if (k.name == "trend") x[t] += pattern[t % 5] + 0.5 * static_cast<double>(t);
     }
-    double aic[3] = {M, M, M};
+    double aic[3] = {kM, kM, kM};
     const int nd = static_cast<int>(k.lags.size());
     EXPECT_EQ(zssntst(x.data(), k.n, k.lags.data(), nd, k.p, k.m, 1e-8, 0.05, aic), k.want);
     for (std::size_t i = 0; i < 3; ++i)  // -1 stands for "not written"

@@ -13,7 +13,6 @@ namespace {
 using namespace testing_dense;
 
 const double kNo = std::nan("");  // an output not asked for
-const double kM = kMissing;
 
 double tOf(long i) { return static_cast<double>(i + 1); }
 
@@ -123,16 +122,8 @@ TEST(AdditiveStart, MatchesLeastSquares) {
 TEST(StartRegressions, HandWorkedCasesAndFailures) {
   // kNo: output not asked for. Every output starts at 5: ztsrdmy sets what it
   // is given to missing first, ztsrsdm writes nothing before a success.
-  struct Case {
-    const char* what;
-    bool mult;
-    int ns;
-    std::vector<double> y;
-    std::vector<char> f;
-    int rc;
-    double cc, tc, qc;
-    std::vector<double> sd;
-  };
+  struct Case { const char* what; bool mult; int ns; std::vector<double> y; std::vector<char> f; int rc;
+                double cc, tc, qc; std::vector<double> sd; };
   const std::vector<char> none(8, 1);
   const Case cases[] = {
       {"less than a cycle", 0, 5, {3, 9, 1e300, 6}, {0, 0, 1, 0}, 1, 6, 0, kNo, {-3, 3, kM, 0, kM}},

@@ -5,24 +5,17 @@
 // double, and compares with what the running sums give after the closes.
 #include "stats/ztscp.hpp"
 
-#include "run/missing.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <vector>
+#include "dense_oracle.hpp"
 
 namespace qvt {
 namespace {
 
-using LD = long double;
+using namespace testing_dense;
 constexpr long kLead = 4;
 
 struct Errs {
   std::vector<LD> e[3];  // pct, sym, rel
-  long n = 0, lower = 0, upper = 0;
+  double n = 0, lower = 0, upper = 0;  // actuals with both limits, below, above
 };
 
 // A statistic by its textbook definition over the kept errors e, against
@@ -62,10 +55,8 @@ void expectLevel(const ZTS_CP_JSTATS* level, long count, const Errs* want, bool 
     ASSERT_EQ(ztscpv(level, count, kCpCl, acc, v), 0);
     for (long t = 0; t < count; ++t) {
       const Errs& w = want[t];
-      const double k[] = {static_cast<double>(w.lower), static_cast<double>(w.upper),
-                          static_cast<double>(w.lower + w.upper)};
-      const double n = static_cast<double>(w.n);
-      EXPECT_TRUE(n < 1 ? wzmis(v[t]) != 0 : v[t] == k[acc - kCpLower] / n) << where << t;
+      const double k[] = {w.lower, w.upper, w.lower + w.upper};
+      EXPECT_TRUE(w.n < 1 ? wzmis(v[t]) != 0 : v[t] == k[acc - kCpLower] / w.n) << where << t;
     }
   }
 }
