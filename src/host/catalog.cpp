@@ -34,7 +34,7 @@ constexpr CatalogEntry kCatalog[] = {
     {129, 31, Error, "{1}: the value {2} of {3} is out of range: it must be at least {4}.\n{5}"},
     {129, 32, Warning, "{1}: {2} is given more than once; the last value is used.\n{3}"},
     {129, 33, Warning, "{1}: a second {2} statement; its options are added to those of the first.\n{3}"},
-    {129, 34, Error, "{1}: {2} is not a valid interval (result {3}).\n{4}"},
+    {129, 34, Error, "{1}: {2} is not a valid interval (result {3}). Write a name such as MONTH, WEEK.2 or DTHOUR6; a calendar of your own is named by --option INTERVALDS=NAME=LIB.MEMBER.\n{4}"},
     {129, 40, Error, "{1}: the variable {2} is not in the input data set."},
     {129, 41, Error, "{1}: {2} and {3} don't form a numbered range: both need the same prefix followed by a number."},
     {129, 42, Error, "{1}: the range {2} is empty: {3} comes after {4}."},
