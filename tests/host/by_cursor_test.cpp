@@ -7,18 +7,15 @@
 namespace qvt {
 namespace {
 
-// Records of one numeric variable "k", one character variable "c" and a value "v".
+// Records of one numeric variable "k", one character variable "c", and "v",
+// the record number.
 class VecReader final : public DsReader {
  public:
   struct Rec {
     double k;
-    std::string c;
-    double v;
+    std::string c = "";
   };
-  explicit VecReader(std::vector<Rec> recs) : recs_(std::move(recs)) {
-    vars_ = {VarInfo{"k", "", VarType::Numeric, 8, ""}, VarInfo{"c", "", VarType::Character, 8, ""},
-             VarInfo{"v", "", VarType::Numeric, 8, ""}};
-  }
+  explicit VecReader(std::vector<Rec> recs) : recs_(std::move(recs)) {}
   const std::vector<VarInfo>& vars() const override { return vars_; }
   long long nobs() const override { return static_cast<long long>(recs_.size()); }
   const std::string& label() const override { return label_; }
@@ -27,14 +24,14 @@ class VecReader final : public DsReader {
     row.resize(3);
     row.num[0] = recs_[i_].k;
     row.text[1] = recs_[i_].c;
-    row.num[2] = recs_[i_].v;
-    ++i_;
+    row.num[2] = static_cast<double>(++i_);
     return 1;
   }
 
  private:
   std::vector<Rec> recs_;
-  std::vector<VarInfo> vars_;
+  std::vector<VarInfo> vars_{testing::numVar("k"), {"c", "", VarType::Character, 8, ""},
+                             testing::numVar("v")};
   std::string label_;
   std::size_t i_ = 0;
 };
@@ -78,28 +75,27 @@ TEST(ByCursor, GroupsOfSortedData) {
   struct Case {
     const char* name;
     std::vector<VecReader::Rec> recs;
-    std::vector<ByVar> by;
-    bool notsorted;
-    G groups;
-    int error;
+    G groups;  // of record numbers
+    int error = 0;
+    std::vector<ByVar> by = {{1, false}};
+    bool notsorted = false;
   };
   const double A = skMissVal('A');
   const Case cases[] = {
-      {"no BY: one group", {{2, "x", 1}, {1, "y", 2}}, {}, false, {{1, 2}}, 0},
-      {"no BY, no records: one empty group", {}, {}, false, {{}}, 0},
-      {"BY, no records: no group", {}, {{1, false}}, false, {}, 0},
-      {"ascending", {{1, "", 1}, {1, "", 2}, {2, "", 3}, {5, "", 4}}, {{1, false}}, false, {{1, 2}, {3}, {4}}, 0},
-      {"missing values first", {{kMissing, "", 1}, {A, "", 2}, {-1e300, "", 3}}, {{1, false}}, false, {{1}, {2}, {3}}, 0},
-      {"._ before . before .A", {{skMissVal('_'), "", 1}, {kMissing, "", 2}, {A, "", 3}}, {{1, false}}, false, {{1}, {2}, {3}}, 0},
-      {"minus zero equals zero", {{-0.0, "", 1}, {0.0, "", 2}}, {{1, false}}, false, {{1, 2}}, 0},
-      {"descending", {{3, "", 1}, {2, "", 2}, {2, "", 3}, {kMissing, "", 4}}, {{1, true}}, false, {{1}, {2, 3}, {4}}, 0},
-      {"text, trailing blanks ignored", {{0, "a", 1}, {0, "a  ", 2}, {0, "b", 3}}, {{2, false}}, false, {{1, 2}, {3}}, 0},
-      {"two variables, second descending",
-       {{1, "b", 1}, {1, "a", 2}, {2, "z", 3}, {2, "a", 4}}, {{1, false}, {2, true}}, false, {{1}, {2}, {3}, {4}}, 0},
-      {"out of order", {{1, "", 1}, {3, "", 2}, {2, "", 3}}, {{1, false}}, false, {{1}, {2}}, kHostByOrder},
-      {"notsorted: runs of equal values", {{2, "", 1}, {2, "", 2}, {1, "", 3}, {2, "", 4}}, {{1, false}}, true,
-       {{1, 2}, {3}, {4}}, 0},
-      {"bad variable number", {{1, "", 1}}, {{4, false}}, false, {}, kHostBadArgument},
+      {"no BY: one group", {{2, "x"}, {1, "y"}}, {{1, 2}}, 0, {}},
+      {"no BY, no records: one empty group", {}, {{}}, 0, {}},
+      {"BY, no records: no group", {}, {}},
+      {"ascending", {{1}, {1}, {2}, {5}}, {{1, 2}, {3}, {4}}},
+      {"missing values first", {{kMissing}, {A}, {-1e300}}, {{1}, {2}, {3}}},
+      {"._ before . before .A", {{skMissVal('_')}, {kMissing}, {A}}, {{1}, {2}, {3}}},
+      {"minus zero equals zero", {{-0.0}, {0.0}}, {{1, 2}}},
+      {"descending", {{3}, {2}, {2}, {kMissing}}, {{1}, {2, 3}, {4}}, 0, {{1, true}}},
+      {"text, trailing blanks ignored", {{0, "a"}, {0, "a  "}, {0, "b"}}, {{1, 2}, {3}}, 0, {{2, false}}},
+      {"two variables, second descending", {{1, "b"}, {1, "a"}, {2, "z"}, {2, "a"}}, {{1}, {2}, {3}, {4}}, 0,
+       {{1, false}, {2, true}}},
+      {"out of order", {{1}, {3}, {2}}, {{1}, {2}}, kHostByOrder},
+      {"notsorted: runs of equal values", {{2}, {2}, {1}, {2}}, {{1, 2}, {3}, {4}}, 0, {{1, false}}, true},
+      {"bad variable number", {{1}}, {}, kHostBadArgument, {{4, false}}},
   };
   for (const Case& c : cases) {
     const Outcome o = run(c.recs, c.by, c.notsorted);
@@ -109,7 +105,7 @@ TEST(ByCursor, GroupsOfSortedData) {
 }
 
 TEST(ByCursor, OutOfOrderMessageNamesVariableAndRecords) {
-  const Outcome o = run({{1, "", 1}, {3, "", 2}, {2, "", 3}}, {{1, false}}, false);
+  const Outcome o = run({{1}, {3}, {2}}, {{1, false}}, false);
   ASSERT_EQ(o.error, kHostByOrder);
   EXPECT_EQ(o.diag.number, kMsgByOrder);
   using S = std::string;
@@ -119,10 +115,10 @@ TEST(ByCursor, OutOfOrderMessageNamesVariableAndRecords) {
 }
 
 TEST(ByCursor, UnreadRecordsOfAGroupAreSkipped) {
-  const Outcome o = run({{1, "", 1}, {1, "", 2}, {1, "", 3}, {2, "", 4}, {2, "", 5}}, {{1, false}}, false, 1);
+  const Outcome o = run({{1}, {1}, {1}, {2}, {2}}, {{1, false}}, false, 1);
   EXPECT_EQ(o.groups, (G{{1}, {4}}));
   // A record out of order inside the skipped part is still found.
-  const Outcome bad = run({{1, "", 1}, {1, "", 2}, {0, "", 3}}, {{1, false}}, false, 1);
+  const Outcome bad = run({{1}, {1}, {0}}, {{1, false}}, false, 1);
   EXPECT_EQ(bad.error, kHostByOrder);
 }
 
@@ -130,22 +126,20 @@ TEST(ByCursor, UnreadRecordsOfAGroupAreSkipped) {
 // the message, and discards the output; on sorted data one output row per
 // group, the BY value copied by varPutCv.
 TEST(ByThroughHost, SumsPerGroupAndOrderError) {
-  testing::TempDir dir;
-  std::ostringstream log;
-  ProcessHost h(testing::jsonlConfig(log, {"d=" + dir.path()}));
-  ASSERT_EQ(h.init(), 0);
+  testing::HostFixture f;
+  ProcessHost& h = *f.host;
   std::vector<double> seen;
   const auto step = [&] {
     DsHandle in, out;
-    ASSERT_EQ(h.dsOpen("d.t", DsMode::Input, &in), 0);
+    ASSERT_EQ(h.dsOpen("lib.t", DsMode::Input, &in), 0);
     const ByVar by[] = {{h.varFind(in, "region"), false}};
     ASSERT_EQ(h.bySet(in, by, false), 0);
     double x = 0, sum = 0;
     ASSERT_EQ(h.varGetD(in, 2, &x), 0);
-    ASSERT_EQ(h.dsOpen("d.sums", DsMode::Output, &out), 0);
+    ASSERT_EQ(h.dsOpen("lib.sums", DsMode::Output, &out), 0);
     const int byvars[] = {1};
     ASSERT_EQ(h.varPutCv(out, in, byvars), 0);
-    ASSERT_EQ(h.varPutD(out, VarInfo{"sum", "", VarType::Numeric, 8, ""}, &sum), 0);
+    ASSERT_EQ(h.varPutD(out, testing::numVar("sum"), &sum), 0);
     ASSERT_EQ(h.varPutE(out), 0);
     while (hostByNext(h, in) == 1) {
       sum = 0;
@@ -158,22 +152,22 @@ TEST(ByThroughHost, SumsPerGroupAndOrderError) {
       h.dsAdd(out);
     }
   };
-  dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\nNorth,4\n");
+  f.dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\nNorth,4\n");
   EXPECT_EQ(hostRunStep(h, [&] {
               step();
               hostExit(h, 0);
             }),
             1012);
   EXPECT_EQ(seen, (std::vector<double>{1, 2, 3}));
-  const auto lines = testing::jsonLines(log.str());
+  const auto lines = testing::jsonLines(f.log.str());
   ASSERT_GE(lines.size(), 1u);
   EXPECT_EQ(lines[0].at("number"), 50);
   EXPECT_EQ(lines[0].at("args")[4], "'North'");
-  EXPECT_FALSE(dir.exists("sums.csv"));  // rc 1012 discards the output
+  EXPECT_FALSE(f.dir.exists("sums.csv"));  // rc 1012 discards the output
 
-  dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\n");
+  f.dir.write("t.csv", "region,x\nEast,1\nEast,2\nWest,3\n");
   EXPECT_EQ(hostRunStep(h, step), 0);
-  EXPECT_EQ(dir.read("sums.csv"), "region,sum\nEast,3\nWest,3\n");
+  EXPECT_EQ(f.dir.read("sums.csv"), "region,sum\nEast,3\nWest,3\n");
 }
 
 }  // namespace

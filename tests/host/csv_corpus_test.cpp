@@ -33,42 +33,40 @@ TEST(Corpus, EveryFileOpensToItsMessage) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.member);
     files.erase(c.member);
-    std::ostringstream log;
-    HostConfig cfg = testing::jsonlConfig(log, {"corp=" + kCorpus});
-    cfg.csvBufferBytes = 16;  // records cross buffer ends
-    ProcessHost h(cfg);
-    ASSERT_EQ(h.init(), 0) << log.str();
+    testing::HostFixture f(false, [](HostConfig& cfg) {
+      cfg.libs = {"corp=" + kCorpus};
+      cfg.csvBufferBytes = 16;  // records cross buffer ends
+    });
     DsHandle ds;
-    EXPECT_EQ(h.dsOpen(std::string("corp.") + c.member, DsMode::Input, &ds), c.result) << log.str();
+    EXPECT_EQ(f.host->dsOpen(std::string("corp.") + c.member, DsMode::Input, &ds), c.result) << f.log.str();
     EXPECT_EQ(static_cast<bool>(ds), c.result == 0);
-    EXPECT_EQ(testing::hostNumbers(log.str()), c.msgs) << log.str();
+    EXPECT_EQ(f.numbers(), c.msgs) << f.log.str();
     if (c.argIndex >= 0) {
-      const auto first = testing::jsonLines(log.str()).at(0);
+      const auto first = testing::jsonLines(f.log.str()).at(0);
       EXPECT_EQ(first.at("args").at(static_cast<std::size_t>(c.argIndex)).get<long long>(), c.argValue);
       // Every error names the file it is about.
       EXPECT_NE(first.at("text").get<std::string>().find(c.member), std::string::npos);
     }
-    h.stepEnd(0);
+    f.host->stepEnd(0);
   }
   EXPECT_TRUE(files.empty()) << "a corpus file without an expected message: " << *files.begin();
 }
 
 // The awkward files that are valid read to the right values.
 TEST(CorpusValues, BomCrlfAndHeaderOnly) {
-  std::ostringstream log;
-  ProcessHost h(testing::jsonlConfig(log, {"corp=" + kCorpus}));
-  ASSERT_EQ(h.init(), 0);
+  testing::HostFixture f(false, [](HostConfig& cfg) { cfg.libs = {"corp=" + kCorpus}; });
+  ProcessHost& h = *f.host;
   const testing::Table t = testing::readTable(h, "corp.bom_crlf");
-  ASSERT_EQ(t.size(), 2u) << log.str();
+  ASSERT_EQ(t.size(), 2u) << f.log.str();
   EXPECT_EQ(t[0].info.name, "date");  // no byte-order mark in the name
   EXPECT_EQ(t[0].info.format, "DATE9.");
   // 2024-01-01 is 64*365 + 16 leap days after 1960-01-01; February 1 is 31 days on.
   EXPECT_EQ(t[0].num, (std::vector<double>{23376.0, 23407.0}));
   EXPECT_EQ(t[1].num[0], 3.0);  // "3\r" would not be a number
   EXPECT_EQ(wzmis(t[1].num[1]), 1);
-  DsFacts f;
-  EXPECT_EQ(testing::readTable(h, "corp.header_only", &f).size(), 2u);
-  EXPECT_EQ(f.nobs, 0);
+  DsFacts facts;
+  EXPECT_EQ(testing::readTable(h, "corp.header_only", &facts).size(), 2u);
+  EXPECT_EQ(facts.nobs, 0);
   h.stepEnd(0);
 }
 

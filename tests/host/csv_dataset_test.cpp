@@ -5,27 +5,24 @@
 namespace qvt {
 namespace {
 
-using testing::HostFixture;
-using testing::Table;
-using testing::awkwardTable;
+using namespace testing;
+using testing::Table;  // not the plot table of qvt
 
 TEST(CsvDataSet, ReadWriteReadIsBitExact) {
   HostFixture f;
   Table want = awkwardTable();
   for (int c = 0; c < 3; ++c) want[c].num.back() = -0.0;  // a CSV file keeps the sign of zero
-  testing::writeTable(*f.host, "lib.first", want, "Awkward values");
-  f.host->stepEnd(0);
+  f.commit("lib.first", want, "Awkward values");
   ASSERT_TRUE(f.dir.exists("first.csv.meta.json"));
-  const Table back = testing::readTable(*f.host, "lib.first");
+  const Table back = readTable(*f.host, "lib.first");
   want[4].info.length = 31;  // the widest text, in bytes
-  testing::expectSame(back, want);
+  expectSame(back, want);
 
   // Once more through a second file: the second text equals the first.
-  testing::writeTable(*f.host, "lib.second", back, "Awkward values");
-  f.host->stepEnd(0);
+  f.commit("lib.second", back, "Awkward values");
   EXPECT_EQ(f.dir.read("second.csv"), f.dir.read("first.csv"));
   DsFacts facts;
-  testing::readTable(*f.host, "lib.second", &facts);
+  readTable(*f.host, "lib.second", &facts);
   EXPECT_EQ(facts.label, "Awkward values");
   EXPECT_EQ(facts.nobs, 12);
   EXPECT_EQ(facts.display, "LIB.second");
@@ -36,16 +33,15 @@ TEST(CsvDataSet, ReadWriteReadIsBitExact) {
 // must not become a blank line, which the reader would skip.
 TEST(CsvDataSet, TextInTheFile) {
   HostFixture f;
-  Table t(3);
-  t[0] = {{"d", "", VarType::Numeric, 8, "E8601DA."}, {23466.0, kMissing}, {}};
-  t[1] = {{"s", "", VarType::Numeric, 8, "E8601DT."}, {2027511000.0, kMissing}, {}};
-  t[2] = {{"n", "", VarType::Numeric, 8, ""}, {skMissVal('A'), kMissing}, {}};
-  testing::writeTable(*f.host, "lib.iso", t);
-  testing::writeTable(*f.host, "lib.one", Table{t[2]});
+  const Table t{{numVar("d", "E8601DA."), {23466.0, kMissing}},
+                {numVar("s", "E8601DT."), {2027511000.0, kMissing}},
+                {numVar("n"), {skMissVal('A'), kMissing}}};
+  writeTable(*f.host, "lib.iso", t);
+  writeTable(*f.host, "lib.one", Table{t[2]});
   f.host->stepEnd(0);
   EXPECT_EQ(f.dir.read("iso.csv"), "d,s,n\n2024-03-31,2024-03-31T13:30:00,.A\n,,\n");
   DsFacts facts;
-  EXPECT_EQ(testing::readTable(*f.host, "lib.one", &facts)[0].num.size(), 2u);
+  EXPECT_EQ(readTable(*f.host, "lib.one", &facts)[0].num.size(), 2u);
   EXPECT_EQ(facts.nobs, 2);
   f.host->stepEnd(0);
 }
@@ -60,9 +56,8 @@ TEST(CsvDataSet, TypeInference) {
               ".A,2024-02-01,,7:05,x,.Z,ccc,,1\n");
   DsHandle in;
   ASSERT_EQ(f.host->dsOpen("lib.infer", DsMode::Input, &in), 0) << f.log.str();
-  std::vector<std::string> got;  // name, N or C with the length, format
-  for (const VarInfo& v : f.host->dsVars(in))
-    got.push_back(v.name + (v.type == VarType::Numeric ? " N" : " C") + std::to_string(v.length) + " " + v.format);
+  std::vector<std::string> got;
+  for (const VarInfo& v : f.host->dsVars(in)) got.push_back(describe(v));
   EXPECT_EQ(got, (std::vector<std::string>{"num N8 ", "date N8 DATE9.", "stamp N8 DATETIME19.", "clock N8 TIME8.",
                                            "mixed C10 ", "allmiss N8 ", "text C3 ", "dates_and_numbers C10 ",
                                            "code N8 "}));
@@ -77,7 +72,7 @@ TEST(CsvDataSet, SideFileWinsOverInference) {
   f.dir.write("zip.csv.meta.json",
               R"({"label":"Codes","variables":[{"name":"ZIP","type":"character","length":5},)"
               R"({"name":"day","type":"numeric","format":"DATE9.","label":"Day"}]})");
-  const Table t = testing::readTable(*f.host, "lib.zip");
+  const Table t = readTable(*f.host, "lib.zip");
   ASSERT_EQ(t.size(), 2u) << f.log.str();
   EXPECT_EQ(t[0].info.type, VarType::Character);
   EXPECT_EQ(t[1].info.label, "Day");
@@ -101,7 +96,7 @@ TEST(CsvDataSet, EndOfTheStepDecidesTheOutput) {
     f.dir.write("keep.csv", "x\n1\n");
     if (rc == 108) {
       EXPECT_EQ(hostRunStep(*f.host, [&] {
-                  testing::writeTable(*f.host, "lib.keep", awkwardTable());
+                  writeTable(*f.host, "lib.keep", awkwardTable());
                   hostExit(*f.host, 108);
                 }),
                 108);
@@ -109,13 +104,13 @@ TEST(CsvDataSet, EndOfTheStepDecidesTheOutput) {
       EXPECT_EQ(f.dir.entries().size(), 2u);  // keep.csv and its side file
       continue;
     }
-    testing::writeTable(*f.host, "lib.keep", awkwardTable());
+    writeTable(*f.host, "lib.keep", awkwardTable());
     if (rc < 0) f.host.reset();  // as if the run stopped before the end of the step
     else f.host->stepEnd(rc);
     EXPECT_EQ(f.dir.read("keep.csv"), "x\n1\n");
     EXPECT_EQ(f.dir.entries(), std::vector<std::string>{"keep.csv"});
     if (rc > 0) {
-      EXPECT_EQ(testing::hostNumbers(f.log.str()), std::vector<int>{20});
+      EXPECT_EQ(f.numbers(), std::vector<int>{20});
     }
   }
 }
@@ -125,7 +120,7 @@ TEST(CsvDataSet, DefaultInputIsTheLastOutputOfAnEarlierStep) {
   DsHandle in;
   EXPECT_EQ(f.host->dsOpen("", DsMode::Input, &in), kHostNoInput);
   EXPECT_TRUE(f.log.str().empty());  // the engine words "no input" itself
-  testing::writeTable(*f.host, "lib.a", awkwardTable());
+  writeTable(*f.host, "lib.a", awkwardTable());
   EXPECT_EQ(f.host->dsOpen("_last_", DsMode::Input, &in), kHostNoInput);  // not this step's
   f.host->stepEnd(0);
   ASSERT_EQ(f.host->dsOpen("", DsMode::Input, &in), 0);
@@ -152,11 +147,11 @@ TEST(CsvDataSet, NamesLibrariesAndDefinitions) {
   DsHandle out;
   ASSERT_EQ(f.host->dsOpen("lib.o", DsMode::Output, &out), 0);
   double x = 1;
-  ASSERT_EQ(f.host->varPutD(out, VarInfo{"x", "", VarType::Numeric, 8, ""}, &x), 0);
-  EXPECT_EQ(f.host->varPutD(out, VarInfo{"X", "", VarType::Numeric, 8, ""}, &x), kHostBadArgument);
+  ASSERT_EQ(f.host->varPutD(out, numVar("x"), &x), 0);
+  EXPECT_EQ(f.host->varPutD(out, numVar("X"), &x), kHostBadArgument);
   EXPECT_EQ(f.host->rowPut(out), kHostWrongState);  // before the end of the definitions
   ASSERT_EQ(f.host->varPutE(out), 0);
-  EXPECT_EQ(f.host->varPutD(out, VarInfo{"y", "", VarType::Numeric, 8, ""}, &x), kHostWrongState);
+  EXPECT_EQ(f.host->varPutD(out, numVar("y"), &x), kHostWrongState);
   EXPECT_EQ(f.host->dsAdd(out), kHostWrongState);  // no row taken
   EXPECT_EQ(f.numbers(), (std::vector<int>{11, 10, 12, 17, 52, 53}));
   f.host->stepEnd(0);

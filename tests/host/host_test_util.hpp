@@ -5,11 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -45,9 +48,7 @@ class TempDir {
   }
   std::string read(const std::string& name) const {
     std::ifstream f(file(name), std::ios::binary);
-    std::ostringstream s;
-    s << f.rdbuf();
-    return s.str();
+    return {std::istreambuf_iterator<char>(f), {}};
   }
   bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
   std::vector<std::string> entries() const {
@@ -85,31 +86,42 @@ inline HostConfig jsonlConfig(std::ostream& log, std::vector<std::string> libs =
   return cfg;
 }
 
-// A host whose library "lib" is the temporary folder, or a SQLite database
-// in it (then "csv" is the folder).
-struct HostFixture {
-  TempDir dir;
-  std::ostringstream log;
-  std::unique_ptr<ProcessHost> host;
-  std::string db;
-  explicit HostFixture(bool sqlite = false, long long failRowAt = 0, int busyMs = 5000)
-      : db(dir.file("lib.db")) {
-    HostConfig cfg = jsonlConfig(log, {sqlite ? "lib=sqlite:" + db : "lib=" + dir.path(), "csv=" + dir.path()});
-    cfg.failRowWriteAt = failRowAt;
-    cfg.sqliteBusyMs = busyMs;
-    host = std::make_unique<ProcessHost>(cfg);
-    EXPECT_EQ(host->init(), 0) << log.str();
-  }
-  std::vector<int> numbers() const { return hostNumbers(log.str()); }
-};
+inline VarInfo numVar(const std::string& name, const std::string& format = "") {
+  return VarInfo{name, "", VarType::Numeric, 8, format};
+}
 
 // A column of a data set in memory.
 struct Column {
   VarInfo info;
   std::vector<double> num;
-  std::vector<std::string> text;
+  std::vector<std::string> text{};
 };
 using Table = std::vector<Column>;
+
+// A host whose library "lib" is the temporary folder, or a SQLite database
+// in it (then "csv" is the folder); `tweak` sets whatever else the test needs.
+struct HostFixture {
+  TempDir dir;
+  std::ostringstream log;
+  std::unique_ptr<ProcessHost> host;
+  std::string db;
+  explicit HostFixture(bool sqlite = false, const std::function<void(HostConfig&)>& tweak = {})
+      : db(dir.file("lib.db")) {
+    HostConfig cfg = jsonlConfig(log, {sqlite ? "lib=sqlite:" + db : "lib=" + dir.path(), "csv=" + dir.path()});
+    if (tweak) tweak(cfg);
+    host = std::make_unique<ProcessHost>(cfg);
+    EXPECT_EQ(host->init(), 0) << log.str();
+  }
+  std::vector<int> numbers() const { return hostNumbers(log.str()); }
+  // Writes a data set in a step of its own that ends well.
+  void commit(const std::string& name, const Table& t, const std::string& label = "");
+};
+
+// A variable as "name N8 FORMAT" or "name C3 ", with ": label" when it has one.
+inline std::string describe(const VarInfo& v) {
+  return v.name + (v.type == VarType::Numeric ? " N" : " C") + std::to_string(v.length) + " " + v.format +
+         (v.label.empty() ? "" : ": " + v.label);
+}
 
 inline void writeTable(ProcessHost& h, const std::string& name, const Table& t, const std::string& label = "") {
   ASSERT_FALSE(t.empty()) << name;  // a failed read before: no columns to write
@@ -135,13 +147,18 @@ inline void writeTable(ProcessHost& h, const std::string& name, const Table& t, 
   ASSERT_EQ(h.dsClose(out), 0);
 }
 
+inline void HostFixture::commit(const std::string& name, const Table& t, const std::string& label) {
+  writeTable(*host, name, t, label);
+  host->stepEnd(0);
+}
+
 // Every variable and record of a data set, with the data set's facts.
 inline Table readTable(ProcessHost& h, const std::string& name, DsFacts* facts = nullptr) {
   Table t;
   DsHandle in;
   EXPECT_EQ(h.dsOpen(name, DsMode::Input, &in), 0);
   if (!in) return t;
-  for (const VarInfo& v : h.dsVars(in)) t.push_back(Column{v, {}, {}});
+  for (const VarInfo& v : h.dsVars(in)) t.push_back({v, {}});
   std::vector<double> num(t.size());
   std::vector<std::string> text(t.size());
   for (std::size_t c = 0; c < t.size(); ++c) {
@@ -167,43 +184,34 @@ inline Table readTable(ProcessHost& h, const std::string& name, DsFacts* facts =
 // whose name only quoting keeps whole: a quote, a blank, a keyword, a statement.
 inline Table awkwardTable() {
   const double inf = std::numeric_limits<double>::infinity();
-  Table t(5);
-  t[0] = {{"plain", "A plain number", VarType::Numeric, 8, ""},
-          {0.1, 4.9406564584124654e-324, 2.2250738585072009e-308, 0.30000000000000004, 123456789012345.67,
-           1.7976931348623157e308, -inf, kMissing, skMissVal('A'), skMissVal('_'), skMissVal('Z'), 3.0},
-          {}};
-  t[1] = {{"date", "", VarType::Numeric, 8, "DATE9."},
-          {23466.0, -138061.0, 6589335.0, 0.0, 23466.5, kMissing, skMissVal('B'), -1.0, 14669.0, 1.0, 2.0, inf},
-          {}};
-  t[2] = {{"stamp", "", VarType::Numeric, 8, "DATETIME19."},
-          {2027511000.0, 2027511000.125, -1.0, 0.1, kMissing, skMissVal('C'), 1e-9, 86400.0 * 6589335.0, 3.0,
-           4.0, 5.0, 1e300},
-          {}};
-  t[3] = {{"clock", "", VarType::Numeric, 8, "TIME8."},
-          {48600.0, 0.0, 360000.5, 86399.999999999, kMissing, skMissVal('D'), -5.0, 1e-300, 7.0, 8.0, 9.0, 10.0},
-          {}};
-  t[4] = {{"say \"what\"; DROP TABLE x;--", "Some text", VarType::Character, 20, ""},
-          {},
-          {"plain", "with,comma", "with \"quotes\" and 'apostrophes'", "two\nlines", "crlf\r\nend",
-           "caf\xC3\xA9 \xE2\x82\xAC", "", ".", "007", "  lead", "12", std::string("nul\0byte", 8)}};
-  return t;
+  return Table{
+      {{"plain", "A plain number", VarType::Numeric, 8, ""},
+       {0.1, 4.9406564584124654e-324, 2.2250738585072009e-308, 0.30000000000000004, 123456789012345.67,
+        1.7976931348623157e308, -inf, kMissing, skMissVal('A'), skMissVal('_'), skMissVal('Z'), 3.0}},
+      {numVar("date", "DATE9."),
+       {23466.0, -138061.0, 6589335.0, 0.0, 23466.5, kMissing, skMissVal('B'), -1.0, 14669.0, 1.0, 2.0, inf}},
+      {numVar("stamp", "DATETIME19."),
+       {2027511000.0, 2027511000.125, -1.0, 0.1, kMissing, skMissVal('C'), 1e-9, 86400.0 * 6589335.0, 3.0,
+        4.0, 5.0, 1e300}},
+      {numVar("clock", "TIME8."),
+       {48600.0, 0.0, 360000.5, 86399.999999999, kMissing, skMissVal('D'), -5.0, 1e-300, 7.0, 8.0, 9.0,
+        10.0}},
+      {{"say \"what\"; DROP TABLE x;--", "Some text", VarType::Character, 20, ""},
+       {},
+       {"plain", "with,comma", "with \"quotes\" and 'apostrophes'", "two\nlines", "crlf\r\nend",
+        "caf\xC3\xA9 \xE2\x82\xAC", "", ".", "007", "  lead", "12", std::string("nul\0byte", 8)}}};
 }
 
 // Same variables, and the same values to the bit.
 inline void expectSame(const Table& got, const Table& want) {
   ASSERT_EQ(got.size(), want.size());
   for (std::size_t c = 0; c < want.size(); ++c) {
-    const VarInfo& g = got[c].info;
-    const VarInfo& w = want[c].info;
-    EXPECT_EQ(g.name, w.name);
-    EXPECT_EQ(g.type, w.type) << w.name;
-    EXPECT_EQ(g.format, w.format) << w.name;
-    EXPECT_EQ(g.label, w.label) << w.name;
-    EXPECT_EQ(g.length, w.length) << w.name;
-    EXPECT_EQ(got[c].text, want[c].text) << w.name;
-    ASSERT_EQ(got[c].num.size(), want[c].num.size()) << w.name;
+    const std::string& name = want[c].info.name;
+    EXPECT_EQ(describe(got[c].info), describe(want[c].info));
+    EXPECT_EQ(got[c].text, want[c].text) << name;
+    ASSERT_EQ(got[c].num.size(), want[c].num.size()) << name;
     for (std::size_t r = 0; r < want[c].num.size(); ++r)
-      EXPECT_EQ(bits(got[c].num[r]), bits(want[c].num[r])) << w.name << " record " << r + 1;
+      EXPECT_EQ(bits(got[c].num[r]), bits(want[c].num[r])) << name << " record " << r + 1;
   }
 }
 
@@ -219,12 +227,10 @@ inline std::vector<std::vector<std::string>> loadCases(const std::string& name) 
     ++n;
     if (line.empty() || line[0] == '#') continue;
     std::vector<std::string> f;
-    for (std::size_t at = 0;;) {
-      const std::size_t bar = line.find('|', at);
+    std::size_t at = 0;
+    for (std::size_t bar; (bar = line.find('|', at)) != std::string::npos; at = bar + 1)
       f.push_back(line.substr(at, bar - at));
-      if (bar == std::string::npos) break;
-      at = bar + 1;
-    }
+    f.push_back(line.substr(at));
     f.push_back(name + ":" + std::to_string(n));
     rows.push_back(std::move(f));
   }
@@ -259,8 +265,7 @@ inline std::vector<OracleRow> loadDateOracle() {
   std::string line;
   std::getline(in, line);  // header
   while (std::getline(in, line)) {
-    for (char& c : line)
-      if (c == ',') c = ' ';
+    std::replace(line.begin(), line.end(), ',', ' ');
     std::istringstream s(line);
     OracleRow r{};
     s >> r.day >> r.y >> r.m >> r.d >> r.wday >> r.yday >> r.isoy >> r.isow >> r.isod >> r.wu >> r.ww;

@@ -3,24 +3,20 @@
 namespace qvt {
 namespace {
 
-using testing::loadDateOracle;
-
 TEST(HostDateOracle, AgreesWithPythonDatetime) {
-  const auto rows = loadDateOracle();
+  const auto rows = testing::loadDateOracle();
   ASSERT_GT(rows.size(), 3000u);
   for (const auto& r : rows) {
     SCOPED_TRACE(::testing::Message() << r.y << '-' << r.m << '-' << r.d);
     EXPECT_EQ(hostMdyToDate(r.m, r.d, r.y), static_cast<double>(r.day));
     EXPECT_EQ(hostMdy(r.m, r.d, r.y), static_cast<double>(r.day));
-    int m = 0, d = 0, y = 0;
-    ASSERT_EQ(hostDateToMdy(static_cast<double>(r.day), &m, &d, &y), 0);
-    EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d);
-    // A fraction of a day belongs to the same day.
-    ASSERT_EQ(hostDateToMdy(r.day + 0.999, &m, &d, &y), 0);
-    EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d);
-    EXPECT_EQ(hostWeekday(static_cast<double>(r.day)), r.wday);
-    EXPECT_EQ(hostWeekday(r.day + 0.5), r.wday);
-    EXPECT_EQ(hostYear(static_cast<double>(r.day)), r.y);
+    for (const double frac : {0.0, 0.5, 0.999}) {  // a fraction of a day belongs to the same day
+      int m = 0, d = 0, y = 0;
+      ASSERT_EQ(hostDateToMdy(r.day + frac, &m, &d, &y), 0);
+      EXPECT_EQ(y * 10000 + m * 100 + d, r.y * 10000 + r.m * 100 + r.d) << frac;
+      EXPECT_EQ(hostWeekday(r.day + frac), r.wday) << frac;
+      EXPECT_EQ(hostYear(r.day + frac), r.y) << frac;
+    }
   }
 }
 

@@ -67,10 +67,9 @@ TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
 TEST(Log, LogFileAndBadConfiguration) {
   testing::TempDir dir;
   std::ostringstream log;
-  HostConfig cfg = testing::jsonlConfig(log);
+  HostConfig cfg = testing::jsonlConfig(log, {"ok=" + dir.path(), "bad name=" + dir.path(),
+                                               "gone=" + dir.file("nope"), "noequals", "db=sqlite:" + dir.file("x.db")});
   cfg.logFile = dir.file("run.log");
-  cfg.libs = {"ok=" + dir.path(), "bad name=" + dir.path(), "gone=" + dir.file("nope"), "noequals",
-              "db=sqlite:" + dir.file("x.db")};
   cfg.options = {"debug=SYN SEM", "Intervalds=fiscal=cal.fiscal", "=x"};
   ProcessHost h(cfg);
   EXPECT_EQ(h.init(), kHostBadArgument);
@@ -109,11 +108,8 @@ TEST(Log, ProgressLineWaitsAndClearsBeforeALogLine) {
   cfg.logStream = &log;
   cfg.progressStream = &progress;
   cfg.progressAfter = 1e9;  // a step that never runs long enough
-  {
-    ProcessHost h(cfg);
-    h.progress(3);
-    EXPECT_EQ(progress.str(), "");
-  }
+  ProcessHost(cfg).progress(3);
+  EXPECT_EQ(progress.str(), "");
   cfg.progressAfter = 0;
   cfg.progressEvery = 0;
   ProcessHost h(cfg);
@@ -125,8 +121,7 @@ TEST(Log, ProgressLineWaitsAndClearsBeforeALogLine) {
   hostMsgLog(h, 900, 21, {std::string("X"), 1LL, 1LL});
   EXPECT_EQ(progress.str().size(), before) << "nothing to clear the second time";
   cfg.progressStream = nullptr;
-  ProcessHost quiet(cfg);
-  quiet.progress(9);  // no stream: no line, and no crash
+  ProcessHost(cfg).progress(9);  // no stream: no line, and no crash
 }
 
 }  // namespace

@@ -1,13 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <complex>
 #include <numbers>
-#include <string>
-#include <vector>
 
 #include "host/plot_svg.hpp"
-#include "run/missing.hpp"
+#include "host_test_util.hpp"
 
 namespace qvt {
 namespace {

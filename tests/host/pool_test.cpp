@@ -82,11 +82,8 @@ TEST(Pool, FreeReallocAndRelease) {
 }
 
 TEST(PoolThroughHost, MemsizeLimitsAndMessages) {
-  std::ostringstream log;
-  HostConfig cfg = testing::jsonlConfig(log);
-  cfg.memsize = 4096;
-  ProcessHost h(cfg);
-  ASSERT_EQ(h.init(), 0);
+  testing::HostFixture f(false, [](HostConfig& c) { c.memsize = 4096; });
+  ProcessHost& h = *f.host;
   const PoolHandle pool = hostPoolCreate(h, 0, 1024, 6);
   ASSERT_TRUE(pool);
   EXPECT_EQ(hostPoolSize(h), 4096u);
@@ -98,7 +95,7 @@ TEST(PoolThroughHost, MemsizeLimitsAndMessages) {
   EXPECT_EQ(hostMemDefault(h), 200 + 8000 + 8);
   EXPECT_EQ(hostMemDefault(h), 0);
   hostMemMessage(h, 8200);
-  const auto lines = testing::jsonLines(log.str());
+  const auto lines = testing::jsonLines(f.log.str());
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(lines[0].at("number"), 70);
   EXPECT_EQ(lines[0].at("args"), nlohmann::json::parse("[8200, 4096]"));

@@ -26,39 +26,35 @@ TEST(Spool, WriteReadCutAndRewrite) {
   EXPECT_EQ(back, v);
   double x;
   EXPECT_EQ(sp.read(&x, sizeof x), 1);  // the end of the file
-  // Random access: the 1000th cell.
-  ASSERT_EQ(sp.point(1000 * sizeof(double)), 0);
-  ASSERT_EQ(sp.read(&x, sizeof x), 0);
-  EXPECT_EQ(x, 1000.5);
+  // The double at a byte position, NaN when it can't be read.
+  const auto at = [&](long long pos) {
+    double got = std::nan("");
+    EXPECT_EQ(sp.point(pos), 0);
+    EXPECT_EQ(sp.read(&got, sizeof got), 0) << pos;
+    return got;
+  };
+  EXPECT_EQ(at(1000 * sizeof(double)), 1000.5);  // random access: the 1000th cell
   // Position 0, then -2: empties the spool (the engine's reset between groups).
   ASSERT_EQ(sp.point(0), 0);
   ASSERT_EQ(sp.point(-2), 0);
   EXPECT_EQ(sp.size(), 0);
   EXPECT_EQ(sp.read(&x, sizeof x), 1);
-  const double b[] = {9};
-  ASSERT_EQ(sp.write(b, sizeof b), 0);
-  ASSERT_EQ(sp.point(0), 0);
-  ASSERT_EQ(sp.read(&x, sizeof x), 0);
-  EXPECT_EQ(x, 9.0);
-  EXPECT_EQ(sp.read(&x, sizeof x), 1);
-  // Overwrite inside, after a read filled the cache.
-  ASSERT_EQ(sp.point(0), 0);
-  const double c[] = {7};
-  ASSERT_EQ(sp.write(c, sizeof c), 0);
-  ASSERT_EQ(sp.point(0), 0);
-  ASSERT_EQ(sp.read(&x, sizeof x), 0);
-  EXPECT_EQ(x, 7.0);
+  for (const double cell : {9.0, 7.0}) {  // the second overwrites after a read filled the cache
+    ASSERT_EQ(sp.point(0), 0);
+    ASSERT_EQ(sp.write(&cell, sizeof cell), 0);
+    EXPECT_EQ(at(0), cell);
+    EXPECT_EQ(sp.read(&x, sizeof x), 1);
+  }
   EXPECT_EQ(sp.point(-5), -1);
 }
 
 TEST(SpoolThroughHost, NthWriteFailsAndMsgRawExplains) {
   testing::TempDir dir;
-  std::ostringstream log;
-  HostConfig cfg = testing::jsonlConfig(log);
-  cfg.tmpDir = dir.path();
-  cfg.failSpoolWriteAt = 3;
-  ProcessHost h(cfg);
-  ASSERT_EQ(h.init(), 0);
+  testing::HostFixture f(false, [&](HostConfig& c) {
+    c.tmpDir = dir.path();
+    c.failSpoolWriteAt = 3;
+  });
+  ProcessHost& h = *f.host;
   SpoolHandle a, b;
   ASSERT_EQ(hostSpoolOpen(h, &a), 0);
   ASSERT_EQ(hostSpoolOpen(h, &b), 0);
@@ -68,9 +64,9 @@ TEST(SpoolThroughHost, NthWriteFailsAndMsgRawExplains) {
   const int r = hostSpoolWrite(h, a, &x, sizeof x);  // the third write of the host
   EXPECT_EQ(r, kHostSpoolFailed);
   EXPECT_EQ(hostSpoolWrite(h, a, &x, sizeof x), 0);
-  EXPECT_TRUE(log.str().empty());  // the engine asks for the explanation
+  EXPECT_TRUE(f.log.str().empty());  // the engine asks for the explanation
   hostMsgRaw(h, 0, r);
-  EXPECT_EQ(testing::hostNumbers(log.str()), std::vector<int>{81});
+  EXPECT_EQ(f.numbers(), std::vector<int>{81});
   // End of file under the engine's mask.
   double y;
   ASSERT_EQ(hostSpoolPoint(h, b, 0), 0);
@@ -91,14 +87,11 @@ TEST(Spool, FolderThatDoesNotExist) {
   EXPECT_FALSE(sp.error().empty());
   double x = 0;
   EXPECT_EQ(sp.write(&x, sizeof x), -1);
-  std::ostringstream log;
-  HostConfig cfg = testing::jsonlConfig(log);
-  cfg.tmpDir = "/nonexistent/qvt/folder";
-  ProcessHost h(cfg);
+  testing::HostFixture f(false, [](HostConfig& c) { c.tmpDir = "/nonexistent/qvt/folder"; });
   SpoolHandle a;
-  EXPECT_EQ(hostSpoolOpen(h, &a), kHostSpoolFailed);
+  EXPECT_EQ(hostSpoolOpen(*f.host, &a), kHostSpoolFailed);
   EXPECT_FALSE(a);
-  EXPECT_EQ(testing::hostNumbers(log.str()), std::vector<int>{80});
+  EXPECT_EQ(f.numbers(), std::vector<int>{80});
 }
 
 }  // namespace

@@ -14,13 +14,9 @@
 namespace qvt {
 namespace {
 
-using testing::bits;
-using testing::Column;
-using testing::Table;
-using testing::readTable;
-using testing::writeTable;
-using testing::expectSame;
-using testing::awkwardTable;
+using namespace testing;
+using testing::Table;  // not the plot table of qvt
+using Rows = std::vector<std::string>;
 
 // A second, independent connection to the database.
 class RawDb {
@@ -31,23 +27,15 @@ class RawDb {
   RawDb& operator=(const RawDb&) = delete;
   int exec(const std::string& sql) { return sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr); }
   // The rows of a query, cells as text ("NULL" for a null), joined by '|'.
-  std::vector<std::string> rows(const std::string& sql) {
-    std::vector<std::string> out;
-    sqlite3_stmt* s = nullptr;
-    if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr) != SQLITE_OK) {
-      out.push_back(std::string("prepare failed: ") + sqlite3_errmsg(db_));
-      return out;
-    }
-    while (sqlite3_step(s) == SQLITE_ROW) {
+  Rows rows(const std::string& sql) {
+    Rows out;
+    const auto add = [](void* to, int n, char** cell, char**) {
       std::string r;
-      for (int c = 0; c < sqlite3_column_count(s); ++c) {
-        if (c) r += '|';
-        const auto* t = reinterpret_cast<const char*>(sqlite3_column_text(s, c));
-        r += t ? std::string(t, static_cast<std::size_t>(sqlite3_column_bytes(s, c))) : "NULL";
-      }
-      out.push_back(r);
-    }
-    sqlite3_finalize(s);
+      for (int c = 0; c < n; ++c) r += (c ? "|" : "") + std::string(cell[c] ? cell[c] : "NULL");
+      static_cast<Rows*>(to)->push_back(r);
+      return 0;
+    };
+    if (sqlite3_exec(db_, sql.c_str(), add, &out, nullptr) != SQLITE_OK) out.push_back(sqlite3_errmsg(db_));
     return out;
   }
 
@@ -55,15 +43,18 @@ class RawDb {
   sqlite3* db_ = nullptr;
 };
 
-struct Fixture : testing::HostFixture {
-  explicit Fixture(long long failRowAt = 0, int busyMs = 5000) : HostFixture(true, failRowAt, busyMs) {}
+struct Fixture : HostFixture {
+  explicit Fixture(long long failRowAt = 0, int busyMs = 5000)
+      : HostFixture(true, [&](HostConfig& c) {
+          c.failRowWriteAt = failRowAt;
+          c.sqliteBusyMs = busyMs;
+        }) {}
 };
 
 TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
   Fixture f;
   const Table t = awkwardTable();
-  writeTable(*f.host, "lib.first", t, "Awkward values");
-  f.host->stepEnd(0);
+  f.commit("lib.first", t, "Awkward values");
   DsFacts facts;
   const Table back = readTable(*f.host, "lib.first", &facts);
   EXPECT_EQ(facts.label, "Awkward values");
@@ -71,8 +62,7 @@ TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
   want[4].info.length = 31;  // the widest text, in bytes
   expectSame(back, want);
 
-  writeTable(*f.host, "lib.second", back, facts.label);
-  f.host->stepEnd(0);
+  f.commit("lib.second", back, facts.label);
   expectSame(readTable(*f.host, "lib.second"), want);
   f.host->stepEnd(0);
 
@@ -80,24 +70,22 @@ TEST(SqliteDataSet, WriteReadWriteReadIsBitExact) {
   // missing and ISO values as text, the declared types, the side table.
   RawDb raw(f.db);
   EXPECT_EQ(raw.rows("SELECT typeof(plain), typeof(date), date, stamp, clock FROM second ORDER BY rowid LIMIT 2"),
-            (std::vector<std::string>{"real|text|2024-03-31|2024-03-31T13:30:00|13:30:00",
-                                      "real|text|1582-01-01|2024-03-31T13:30:00.125|00:00:00"}));
+            (Rows{"real|text|2024-03-31|2024-03-31T13:30:00|13:30:00",
+                  "real|text|1582-01-01|2024-03-31T13:30:00.125|00:00:00"}));
   EXPECT_EQ(raw.rows("SELECT plain FROM second WHERE rowid BETWEEN 8 AND 11"),
-            (std::vector<std::string>{"NULL", ".A", "._", ".Z"}));
+            (Rows{"NULL", ".A", "._", ".Z"}));
   EXPECT_EQ(raw.rows("SELECT typeof(date), date FROM second WHERE rowid = 5"),
-            std::vector<std::string>{"real|23466.5"});  // no ISO form for a fraction of a day
+            Rows{"real|23466.5"});  // no ISO form for a fraction of a day
   EXPECT_EQ(raw.rows("SELECT type FROM pragma_table_info('second')"),
-            (std::vector<std::string>{"REAL", "DATE", "DATETIME", "TIME", "TEXT"}));
+            (Rows{"REAL", "DATE", "DATETIME", "TIME", "TEXT"}));
   EXPECT_EQ(raw.rows("SELECT name, label, format FROM qvt_columns WHERE member = 'second' ORDER BY rowid"),
-            (std::vector<std::string>{"|Awkward values|", "plain|A plain number|", "date||DATE9.",
-                                      "stamp||DATETIME19.", "clock||TIME8.",
-                                      "say \"what\"; DROP TABLE x;--|Some text|"}));
-  EXPECT_EQ(raw.rows("PRAGMA integrity_check"), std::vector<std::string>{"ok"});
+            (Rows{"|Awkward values|", "plain|A plain number|", "date||DATE9.", "stamp||DATETIME19.",
+                  "clock||TIME8.", "say \"what\"; DROP TABLE x;--|Some text|"}));
+  EXPECT_EQ(raw.rows("PRAGMA integrity_check"), Rows{"ok"});
 
   // SQLite keeps a REAL zero without its sign: -0 reads back as +0, the one
   // value that does not survive the trip.
-  writeTable(*f.host, "lib.z", Table{Column{{"x", "", VarType::Numeric, 8, ""}, {-0.0, -1.0}, {}}});
-  f.host->stepEnd(0);
+  f.commit("lib.z", Table{{numVar("x"), {-0.0, -1.0}}});
   const Table z = readTable(*f.host, "lib.z");
   ASSERT_EQ(z.size(), 1u);
   EXPECT_EQ(bits(z[0].num[0]), bits(0.0));
@@ -178,16 +166,14 @@ TEST(SqliteDataSet, UnfinishedOutputLeavesTheEarlierTable) {
       if (how == How::FailedStep) f.host->stepEnd(1012);
       if (how == How::HostGone) f.host.reset();
     }
-    if (how == How::RowHook) {
-      EXPECT_EQ(f.numbers(), (std::vector<int>{119, 20}));
-    } else if (how == How::FailedStep) {
-      EXPECT_EQ(f.numbers(), (std::vector<int>{20}));
+    if (how == How::RowHook || how == How::FailedStep) {
+      EXPECT_EQ(f.numbers(), (how == How::RowHook ? std::vector<int>{119, 20} : std::vector<int>{20}));
     }
     RawDb raw(f.db);
-    EXPECT_EQ(raw.rows("PRAGMA integrity_check"), std::vector<std::string>{"ok"});
-    EXPECT_EQ(raw.rows("SELECT x FROM keep ORDER BY rowid"), (std::vector<std::string>{"1.0", "2.0"}));
-    EXPECT_EQ(raw.rows("SELECT * FROM qvt_columns"), std::vector<std::string>{"keep|x|Old label|F8.2"});
-    EXPECT_EQ(raw.rows("SELECT count(*) FROM sqlite_master"), std::vector<std::string>{"2"});
+    EXPECT_EQ(raw.rows("PRAGMA integrity_check"), Rows{"ok"});
+    EXPECT_EQ(raw.rows("SELECT x FROM keep ORDER BY rowid"), (Rows{"1.0", "2.0"}));
+    EXPECT_EQ(raw.rows("SELECT * FROM qvt_columns"), Rows{"keep|x|Old label|F8.2"});
+    EXPECT_EQ(raw.rows("SELECT count(*) FROM sqlite_master"), Rows{"2"});
   }
 }
 
@@ -277,20 +263,17 @@ TEST(SqliteDataSet, LibrariesAndNames) {
   EXPECT_EQ(f.host->dsOpen("lib.SQLite_x", DsMode::Output, &ds), kHostIoError);
   EXPECT_EQ(f.numbers(), (std::vector<int>{102, 115, 115}));
   EXPECT_FALSE(f.dir.exists("lib.db"));
-  Table t(1);
-  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {1.0}, {}};
-  writeTable(*f.host, "lib.T", t);
-  f.host->stepEnd(0);
+  f.commit("lib.T", Table{{numVar("x"), {1.0}}});
   EXPECT_TRUE(f.dir.exists("lib.db"));
   EXPECT_EQ(readTable(*f.host, "lib.t")[0].num, std::vector<double>{1.0});  // names ignore case
   f.host->stepEnd(0);
 
   f.dir.write("junk.db", std::string(4096, 'x'));
   std::ostringstream log;
-  ProcessHost bad(testing::jsonlConfig(
+  ProcessHost bad(jsonlConfig(
       log, {"a=sqlite:" + f.dir.file("junk.db"), "b=sqlite:" + f.dir.file("none/x.db"), "c=sqlite:"}));
   EXPECT_EQ(bad.init(), kHostBadArgument);
-  EXPECT_EQ(testing::hostNumbers(log.str()), (std::vector<int>{100, 101, 15}));
+  EXPECT_EQ(hostNumbers(log.str()), (std::vector<int>{100, 101, 15}));
 }
 
 // Another connection's locks: a write lock held past the busy timeout stops
@@ -298,16 +281,14 @@ TEST(SqliteDataSet, LibrariesAndNames) {
 // table stays, and once the lock is gone the same output goes through.
 TEST(SqliteDataSet, LockedDatabase) {
   Fixture f(0, 50);
-  Table t(1);
-  t[0] = {{"x", "", VarType::Numeric, 8, ""}, {5.0, 6.0}, {}};
+  const Table t{{numVar("x"), {5.0, 6.0}}};
   RawDb other(f.db);
   ASSERT_EQ(other.exec("CREATE TABLE t(x REAL); INSERT INTO t VALUES (1)"), SQLITE_OK);
   ASSERT_EQ(other.exec("BEGIN IMMEDIATE; INSERT INTO t VALUES (2)"), SQLITE_OK);
-  writeTable(*f.host, "lib.t", t);
-  f.host->stepEnd(0);
+  f.commit("lib.t", t);
   EXPECT_EQ(f.numbers(), std::vector<int>{105});
   ASSERT_EQ(other.exec("COMMIT"), SQLITE_OK);
-  EXPECT_EQ(other.rows("SELECT x FROM t"), (std::vector<std::string>{"1.0", "2.0"}));
+  EXPECT_EQ(other.rows("SELECT x FROM t"), (Rows{"1.0", "2.0"}));
 
   ASSERT_EQ(other.exec("BEGIN EXCLUSIVE"), SQLITE_OK);
   DsHandle in;
@@ -315,10 +296,9 @@ TEST(SqliteDataSet, LockedDatabase) {
   EXPECT_EQ(f.numbers(), (std::vector<int>{105, 104}));
   ASSERT_EQ(other.exec("COMMIT"), SQLITE_OK);
 
-  writeTable(*f.host, "lib.t", t);
-  f.host->stepEnd(0);
+  f.commit("lib.t", t);
   EXPECT_EQ(f.numbers(), (std::vector<int>{105, 104, 21}));
-  EXPECT_EQ(other.rows("SELECT x FROM t"), (std::vector<std::string>{"5.0", "6.0"}));
+  EXPECT_EQ(other.rows("SELECT x FROM t"), (Rows{"5.0", "6.0"}));
 }
 
 // Reading and writing the same database in one step: the input's read lock
@@ -331,7 +311,7 @@ TEST(SqliteDataSet, InputAndOutputInOneDatabase) {
   double x = 0;
   ASSERT_EQ(f.host->varGetD(in, 1, &x), 0);
   ASSERT_EQ(f.host->dsOpen("lib.b", DsMode::Output, &out), 0);
-  ASSERT_EQ(f.host->varPutD(out, VarInfo{"twice", "", VarType::Numeric, 8, ""}, &x), 0);
+  ASSERT_EQ(f.host->varPutD(out, numVar("twice"), &x), 0);
   ASSERT_EQ(f.host->varPutE(out), 0);
   ASSERT_EQ(f.host->byNext(in), 1);
   ASSERT_EQ(f.host->byGet(in), 1);  // the reader stays in the middle of the table
@@ -341,7 +321,7 @@ TEST(SqliteDataSet, InputAndOutputInOneDatabase) {
   ASSERT_EQ(f.host->dsAdd(out), 0);
   f.host->stepEnd(0);
   EXPECT_EQ(f.numbers(), std::vector<int>{21}) << f.log.str();
-  EXPECT_EQ(RawDb(f.db).rows("SELECT twice FROM b"), std::vector<std::string>{"2.0"});
+  EXPECT_EQ(RawDb(f.db).rows("SELECT twice FROM b"), Rows{"2.0"});
 }
 
 }  // namespace
