@@ -29,18 +29,11 @@ std::string messageText(int group, int number, std::span<const MsgArg> args) {
          " is missing from the catalogue (" + std::to_string(args.size()) + " arguments).";
 }
 
-std::string placeText(const SourcePos& at) {
-  std::string s = at.file.empty() ? std::string("<command line>") : at.file;
-  s += ':' + std::to_string(at.line) + ':' + std::to_string(at.col) + ": ";
-  return s;
-}
-
 }  // namespace
 
-std::string logTextLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
+std::string logTextLine(int group, int number, std::span<const MsgArg> args) {
   std::string line(severityName(logSeverity(group, number)));
   line += ": ";
-  if (at && at->line > 0) line += placeText(*at);
   line += messageText(group, number, args);
   // One message, one line: a line break inside an argument would split it.
   for (char& c : line)

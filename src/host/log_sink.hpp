@@ -17,8 +17,10 @@ std::string_view severityName(Severity s) noexcept;
 
 // The text line of a message, without the line end. A message that the
 // catalogue lacks is logged as an ERROR that names its group and number, so
-// that a missing row never hides a message.
-std::string logTextLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at);
+// that a missing row never hides a message. The place of a statement
+// message is the first argument of its text ("prog.qvt, line 6, column
+// 20: ..."), so the line adds none; the JSON line carries it as fields.
+std::string logTextLine(int group, int number, std::span<const MsgArg> args);
 
 // The JSON line: {"group":..,"number":..,"severity":..,"args":[..],"text":..}
 // plus "file", "line", "col" when the message has a place in the program.

@@ -136,7 +136,7 @@ void ProcessHost::msgLog(int group, int number, std::span<const MsgArg> args, co
   ++counts_[static_cast<int>(logSeverity(group, number))];
   clearProgress();
   *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at)
-                                               : logTextLine(group, number, args, at))
+                                               : logTextLine(group, number, args))
         << '\n';
   log_->flush();  // a killed run keeps every line it logged
 }

@@ -24,18 +24,16 @@ TEST(Log, TextLines) {
   struct Case {
     int group, number;
     std::vector<MsgArg> args;
-    const SourcePos* at;
     const char* line;
   };
-  const SourcePos at{"", 2, 7};
   const Case cases[] = {
-      {900, 38, {std::string("x.csv")}, nullptr, "NOTE: The file x.csv has a header but no records."},
-      {900, 36, {std::string("two\nlines.csv"), 4LL}, &at,
-       "ERROR: <command line>:2:7: two lines.csv, line 4: a quoted field is not closed before the end of the "
+      {900, 38, {std::string("x.csv")}, "NOTE: The file x.csv has a header but no records."},
+      {900, 36, {std::string("two\nlines.csv"), 4LL},
+       "ERROR: two lines.csv, line 4: a quoted field is not closed before the end of the "
        "file. Add the closing double quote."},
-      {999, 999, {1LL}, nullptr, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
+      {999, 999, {1LL}, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
   };
-  for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args, c.at), c.line);
+  for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args), c.line);
 }
 
 TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
