@@ -240,13 +240,22 @@ int idsset(IDSERIES* ids, long nobs, const double* y, const double* tid, const i
     }
   }
   if (ncand == 0) return fail(ids, kIdsNoDemand);
+  // The walk takes every departure of at least zero = 1e-12 * dmax as a
+  // demand. Below a largest departure of about 1.5e-142 that threshold lies
+  // under kTiny, so there can be more demands than candidates: the demand
+  // vectors are sized for the larger count.
+  const double zero = kZeroFactor * dmax;
+  long ndem = 0;
+  for (long t = 0; t < nobs; ++t) {
+    if (!wzmis(y[t]) && std::fabs(y[t] - base) >= zero) ++ndem;
+  }
   try {
-    if (ncand > ids->an) growdem(*ids, ncand);
+    if (std::max(ncand, ndem) > ids->an) growdem(*ids, std::max(ncand, ndem));
   } catch (const std::bad_alloc&) {
     return fail(ids, kIdsNoMem);
   }
   clearresults(*ids);
-  ids->zero = kZeroFactor * dmax;
+  ids->zero = zero;
   ids->extreme = extreme;
 
   // Walk: one demand per aligned time; intv[i] holds the time for now.

@@ -105,6 +105,10 @@ TEST(Idsset, ComponentsMatchDirectDerivation) {
 
 TEST(Idsset, EdgeCases) {
   Loaded l("MONTH");
+  // Departures under 1.5e-154 but above 1e-12 of the largest are demands
+  // too, and the demand vectors hold them all.
+  EXPECT_EQ(l.load({1e-150, 1e-160, 1e-160, 1e-160}, 0.0), 0);
+  EXPECT_EQ(l.ids->n, 4);
   // A constant non-zero series: the base search ties, base 0, every month a
   // demand, intervals of 1 up to the last observation.
   EXPECT_EQ(l.load({3, 3, 3, 3, 3, 3, 3}, M), 0);
