@@ -28,6 +28,7 @@ constexpr CatalogEntry kRows[] = {
     {743, 1142, Note, "Average Demand Damping Smoothing Weight"},
     {743, 1143, Note, "Average Demand Smoothing Weight"},
     {743, 5001, Note, "Series {1}"},
+    {743, 5002, Note, "Prediction Errors of {1}"},
     {743, 5010, Note, "Input Data Set"},
     {743, 5011, Note, "Name"},
     {743, 5012, Note, "Label"},

@@ -147,12 +147,24 @@ struct FactoidLine {
 };
 
 // A graph drawn from a data table: the plot's name picks its renderer.
+// An output group: the tables and graphs of one series, or of one part of
+// a series' output, gathered under a label.
+struct OutputGroup {
+  std::string name;   // e.g. "Variable"
+  std::string var;    // the group's variable, e.g. "_NAME_"
+  std::string label;  // e.g. "Series sales"
+};
+
 struct PlotGraph {
   std::string name;   // e.g. "ModelPlot"
   std::string templ;  // e.g. "QVT.QVT.Graphics.ModelPlot"
   std::string label;  // short label of the plot
   std::string title;
   std::vector<TableValue> values;  // the template's own named values
+  // Set by the output layer when the graph is drawn: the groups open at
+  // that moment, outermost first. A table's graphs may be drawn in a group
+  // nested inside the table's own.
+  std::vector<OutputGroup> groups;
 };
 
 // A table as the output layer holds it.
@@ -162,7 +174,7 @@ struct Table {
   std::vector<TableValue> values;
   std::vector<FactoidLine> lines;
   std::vector<std::vector<TableCell>> rows;
-  std::string group;  // label of the output group it was made in
+  std::vector<OutputGroup> groups;  // the output groups it was made in, outermost first
   std::vector<PlotGraph> graphs;  // graphs drawn from it, in their order
   bool defined = false;  // columns are complete; rows may follow
 };
@@ -311,8 +323,10 @@ class Host {
 
   // --- printed tables -----------------------------------------------------
 
-  // Opens an output group (one for each series, "Variable"); a group that
-  // is open is closed first. groupClose without an open group does nothing.
+  // Opens an output group inside the groups that are open (one for each
+  // series, "Variable", and in it one for the plots of its prediction
+  // errors). groupClose closes the innermost; without an open group it does
+  // nothing.
   virtual int groupOpen(std::string_view name, std::string_view var, std::string_view label);
   virtual int groupClose();
   // Creates a table; its columns, named values, lines and rows follow, then

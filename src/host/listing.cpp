@@ -29,20 +29,6 @@ std::string pad(const std::string& s, std::size_t w, bool right) {
   return right ? fill + s : s + fill;
 }
 
-std::string escaped(const std::string& s) {
-  std::string out;
-  for (char c : s) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
-
 std::string lineValue(const FactoidLine& l) {
   if (const auto* s = std::get_if<std::string>(&l.value)) return *s;
   const double v = std::get<double>(l.value);
@@ -98,31 +84,46 @@ std::string renderListing(const Table& t) {
 }
 
 std::string renderHtml(const Table& t) {
-  std::string out = "<section class=\"table\" data-name=\"" + escaped(t.head.name) + "\">\n<h2>" +
-                    escaped(t.head.title) + "</h2>\n";
+  std::string out = "<section class=\"table\" data-name=\"" + htmlEscape(t.head.name) + "\">\n<h2>" +
+                    htmlEscape(t.head.title) + "</h2>\n";
   if (!t.values.empty()) {
     out += "<dl>";
     for (const TableValue& v : t.values)
-      out += "<dt>" + escaped(v.name) + "</dt><dd>" + escaped(v.text) + "</dd>";
+      out += "<dt>" + htmlEscape(v.name) + "</dt><dd>" + htmlEscape(v.text) + "</dd>";
     out += "</dl>\n";
   }
   out += "<table>\n";
   if (t.head.kind == TableKind::Factoid) {
     for (const FactoidLine& l : t.lines)
-      out += "<tr><th>" + escaped(l.label) + "</th><td>" + escaped(lineValue(l)) + "</td></tr>\n";
+      out += "<tr><th>" + htmlEscape(l.label) + "</th><td>" + htmlEscape(lineValue(l)) + "</td></tr>\n";
   } else {
     out += "<tr>";
     for (const TableColumn& c : t.cols)
-      out += "<th data-name=\"" + escaped(c.name) + "\">" + escaped(c.label) + "</th>";
+      out += "<th data-name=\"" + htmlEscape(c.name) + "\">" + htmlEscape(c.label) + "</th>";
     out += "</tr>\n";
     for (const auto& row : t.rows) {
       out += "<tr>";
       for (std::size_t c = 0; c < t.cols.size(); ++c)
-        out += "<td>" + escaped(renderCell(row[c], t.cols[c])) + "</td>";
+        out += "<td>" + htmlEscape(renderCell(row[c], t.cols[c])) + "</td>";
       out += "</tr>\n";
     }
   }
   return out + "</table>\n</section>\n";
+}
+
+std::string htmlEscape(std::string_view s) {
+  std::string out;
+  out.reserve(s.size());
+  for (char c : s) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      default: out += c;
+    }
+  }
+  return out;
 }
 
 }  // namespace qvt

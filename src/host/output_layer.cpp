@@ -8,13 +8,14 @@
 
 namespace qvt {
 
-int OutputLayer::groupOpen(std::string_view, std::string_view, std::string_view label) {
-  group_ = std::string(label);
+int OutputLayer::groupOpen(std::string_view name, std::string_view var, std::string_view label) {
+  if (name.empty()) return kHostBadArgument;
+  groups_.push_back({std::string(name), std::string(var), std::string(label)});
   return kHostOk;
 }
 
 int OutputLayer::groupClose() {
-  group_.clear();
+  if (!groups_.empty()) groups_.pop_back();
   return kHostOk;
 }
 
@@ -29,7 +30,7 @@ int OutputLayer::tableOpen(const TableHead& head, TableHandle* out) {
   if (head.name.empty()) return kHostBadArgument;
   Table t;
   t.head = head;
-  t.group = group_;
+  t.groups = groups_;
   // A factoid table has no columns to define.
   t.defined = head.kind == TableKind::Factoid;
   const int id = next_++;
@@ -98,6 +99,7 @@ int OutputLayer::graphDraw(TableHandle h, const PlotGraph& graph) {
   if (!t->defined || t->head.kind != TableKind::Data) return kHostWrongState;
   if (graph.name.empty()) return kHostBadArgument;
   t->graphs.push_back(graph);
+  t->graphs.back().groups = groups_;
   return kHostOk;
 }
 

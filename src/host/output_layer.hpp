@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "host/host.hpp"
 
@@ -29,14 +30,16 @@ class OutputLayer {
   TableHandle tableFind(std::string_view name) const;
   int graphDraw(TableHandle t, const PlotGraph& graph);
   // Tables still open (a step that ended early); they are dropped unrendered.
-  void clear() { open_.clear(); group_.clear(); }
+  void clear() { open_.clear(); groups_.clear(); }
+  // How many groups are open.
+  std::size_t depth() const { return groups_.size(); }
 
  private:
   Table* find(TableHandle t);
   Sink sink_;
   std::map<int, Table> open_;
   int next_ = 1;
-  std::string group_;  // label of the open group, empty when none
+  std::vector<OutputGroup> groups_;  // the open groups, outermost first
 };
 
 // Renders a table as aligned text: the title, the named values as heading
@@ -45,6 +48,9 @@ std::string renderListing(const Table& t);
 // Renders a table as an HTML fragment: a heading, the named values and one
 // <table> element; every text is escaped.
 std::string renderHtml(const Table& t);
+// Escapes the characters that HTML and SVG give a meaning (& < > ") in text
+// and attribute values.
+std::string htmlEscape(std::string_view s);
 // The text of one cell as the column's format renders it, without padding.
 std::string renderCell(const TableCell& cell, const TableColumn& col);
 

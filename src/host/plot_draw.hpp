@@ -1,5 +1,5 @@
 // Drawing internals shared by the SVG renderers of plots (plot_svg.cpp and
-// plot_spectra.cpp): the page geometry, escaping, reading a data table by
+// plot_spectra.cpp): the page geometry, reading a data table by
 // column and named value, value axes and the SVG writer. Not for use
 // outside src/host/plot_*.cpp.
 #pragma once
@@ -13,26 +13,13 @@
 #include <vector>
 
 #include "host/host.hpp"
+#include "host/output_layer.hpp"
 #include "run/missing.hpp"
 
 namespace qvt::plotdetail {
 
 inline constexpr double kWidth = 640, kHeight = 400;
 inline constexpr double kLeft = 70, kRight = 20, kTop = 40, kBottom = 50;
-
-inline std::string esc(std::string_view s) {
-  std::string o;
-  for (char c : s) {
-    switch (c) {
-      case '&': o += "&amp;"; break;
-      case '<': o += "&lt;"; break;
-      case '>': o += "&gt;"; break;
-      case '"': o += "&quot;"; break;
-      default: o += c;
-    }
-  }
-  return o;
-}
 
 inline std::string num(double v) {
   char buf[32];
@@ -98,12 +85,12 @@ class Svg {
   explicit Svg(const std::string& title) {
     out_ = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + num(kWidth) + "\" height=\"" + num(kHeight) +
            "\" viewBox=\"0 0 " + num(kWidth) + " " + num(kHeight) + "\" font-family=\"sans-serif\" font-size=\"11\">\n";
-    out_ += "<title>" + esc(title) + "</title>\n";
+    out_ += "<title>" + htmlEscape(title) + "</title>\n";
     text(kWidth / 2, 22, title, "middle", "font-size=\"14\"");
   }
   void text(double x, double y, std::string_view s, const char* anchor, const char* extra = "") {
     out_ += "<text x=\"" + num(x) + "\" y=\"" + num(y) + "\" text-anchor=\"" + anchor + "\" " + extra + ">" +
-            esc(s) + "</text>\n";
+            htmlEscape(s) + "</text>\n";
   }
   void line(double x0, double y0, double x1, double y1, const char* style) {
     out_ += "<line x1=\"" + num(x0) + "\" y1=\"" + num(y0) + "\" x2=\"" + num(x1) + "\" y2=\"" + num(y1) +

@@ -279,7 +279,7 @@ std::string correlationPanel(const Table& t, const PlotGraph& g) {
                {"ErrorWhiteNoiseProbPlot", "White Noise Probabilities"}};
   std::string body;
   for (std::size_t i = 0; i < 4; ++i) {
-    const PlotGraph sub{parts[i].name, g.templ, parts[i].title, parts[i].title, g.values};
+    const PlotGraph sub{parts[i].name, g.templ, parts[i].title, parts[i].title, g.values, g.groups};
     const std::string doc = i < 3 ? correlations(t, sub) : whiteNoise(t, sub, false);
     body += embed(doc, static_cast<double>(i % 2) * kWidth * kScale,
                   kHead + static_cast<double>(i / 2) * kHeight * kScale, kScale);
@@ -288,8 +288,8 @@ std::string correlationPanel(const Table& t, const PlotGraph& g) {
   const double w = 2 * kWidth * kScale, h = kHead + 2 * kHeight * kScale;
   return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + num(w) + "\" height=\"" + num(h) +
          "\" viewBox=\"0 0 " + num(w) + " " + num(h) +
-         "\" font-family=\"sans-serif\" font-size=\"11\">\n<title>" + esc(g.title) + "</title>\n<text x=\"" +
-         num(w / 2) + "\" y=\"24\" text-anchor=\"middle\" font-size=\"15\">" + esc(g.title) + "</text>\n" +
+         "\" font-family=\"sans-serif\" font-size=\"11\">\n<title>" + htmlEscape(g.title) + "</title>\n<text x=\"" +
+         num(w / 2) + "\" y=\"24\" text-anchor=\"middle\" font-size=\"15\">" + htmlEscape(g.title) + "</text>\n" +
          body + "</svg>\n";
 }
 

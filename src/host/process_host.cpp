@@ -35,7 +35,10 @@ ProcessHost::ProcessHost(HostConfig cfg)
       tables_([this](const Table& t) {
         if (!t.head.hidden) {
           *listing_ << renderListing(t) << std::flush;
-          if (!cfg_.htmlFile.empty()) html_ += renderHtml(t);
+          if (!cfg_.htmlFile.empty()) {
+            htmlEnter(t.groups);
+            html_ += renderHtml(t);
+          }
         }
         keepGraphs(t);
       }) {
@@ -685,19 +688,48 @@ void ProcessHost::stepEnd(int rc) {
   spools_.clear();
   pools_.releaseAll();
   tables_.clear();
+  flushPlots();
+  htmlEnter({});
   writeHtml();
   lastFailure_ = 0;
   lastFailureDiag_ = DsDiag{};
   stepStart_ = std::chrono::steady_clock::now();  // the next step's clock
 }
 
+// The plots of a series wait for its group's end, so that in the report
+// they follow all of its tables; a nested group's opening or closing does
+// not let them out early.
 int ProcessHost::groupOpen(std::string_view name, std::string_view var, std::string_view label) {
-  html_ += std::exchange(groupPlots_, {});
+  if (tables_.depth() == 0) flushPlots();
   return tables_.groupOpen(name, var, label);
 }
 int ProcessHost::groupClose() {
-  html_ += std::exchange(groupPlots_, {});
-  return tables_.groupClose();
+  const int rc = tables_.groupClose();
+  if (tables_.depth() == 0) flushPlots();
+  return rc;
+}
+
+// Brings the report's open sections to the groups `path`: closes those it
+// doesn't share with the open ones, then opens the rest, each with its
+// label as heading.
+void ProcessHost::htmlEnter(const std::vector<OutputGroup>& path) {
+  std::size_t common = 0;
+  while (common < htmlGroups_.size() && common < path.size() && htmlGroups_[common].name == path[common].name &&
+         htmlGroups_[common].label == path[common].label)
+    ++common;
+  for (std::size_t i = htmlGroups_.size(); i > common; --i) html_ += "</section>\n";
+  for (std::size_t i = common; i < path.size(); ++i)
+    html_ += "<section class=\"group\" data-name=\"" + htmlEscape(path[i].name) + "\" data-var=\"" +
+             htmlEscape(path[i].var) + "\">\n<h2>" + htmlEscape(path[i].label) + "</h2>\n";
+  htmlGroups_ = path;
+}
+
+void ProcessHost::flushPlots() {
+  for (const auto& [path, figure] : groupPlots_) {
+    htmlEnter(path);
+    html_ += figure;
+  }
+  groupPlots_.clear();
 }
 int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return tables_.graphDraw(t, graph); }
 
@@ -713,7 +745,8 @@ void ProcessHost::keepGraphs(const Table& t) {
     const std::string svg = renderGraphSvg(t, g);
     if (svg.empty()) continue;
     if (!cfg_.htmlFile.empty())
-      groupPlots_ += "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n";
+      groupPlots_.emplace_back(g.groups,
+                               "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n");
     if (cfg_.plotsDir.empty()) continue;
     std::string base = (series.empty() ? std::string("plot") : series) + "_" + g.name;
     for (char& c : base)
@@ -746,7 +779,7 @@ void ProcessHost::writeHtml() {
   std::ofstream f(cfg_.htmlFile, std::ios::out | std::ios::trunc);
   f << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
        "<body>\n"
-    << html_ << groupPlots_ << "</body>\n</html>\n";
+    << html_ << "</body>\n</html>\n";
   if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
 }
 

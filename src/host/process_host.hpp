@@ -221,8 +221,12 @@ class ProcessHost : public Host {
   std::ofstream listingFile_;
   std::ostream* listing_;
   std::string html_;  // the report's tables so far
-  // The plots of the open output group: they follow its tables in the report.
-  std::string groupPlots_;
+  std::vector<OutputGroup> htmlGroups_;  // the group sections open at the end of html_
+  // The plots of the open output group, each with the groups it was drawn
+  // in: they follow the group's tables in the report.
+  std::vector<std::pair<std::vector<OutputGroup>, std::string>> groupPlots_;
+  void htmlEnter(const std::vector<OutputGroup>& path);
+  void flushPlots();
   std::map<std::string, int> plotFiles_;  // files written under plotsDir, by name
   void keepGraphs(const Table& t);
   OutputLayer tables_;

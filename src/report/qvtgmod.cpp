@@ -94,8 +94,7 @@ void qvtgmod(QVTCOM* com, const FOR_OUT* fore, int method, int nparms) {
   if (g.levels) t.graph("LevelStatePlot", 7220, 7221);
   if (g.trends && hasTrend(method)) t.graph("TrendStatePlot", 7230, 7231);
   if (g.seasons && season) t.graph("SeasonStatePlot", 7240, 7241);
-  // The host keeps one level of output groups: the error plots stay in the
-  // series' group, after its model plots, instead of a nested group.
+  qvtogre(com, com->current.varptr);
   if (g.errors) {
     t.graph("ErrorPlot", 7250, 7251);
     t.graph("ErrorHistogram", 7255, 7256);
@@ -138,6 +137,7 @@ void qvtgmod(QVTCOM* com, const FOR_OUT* fore, int method, int nparms) {
       t.graph("ErrorSpectralDensityPlot", 7299, 7289, lists);
     }
   }
+  qvtogre(com, nullptr);
   t.close();
 }
 

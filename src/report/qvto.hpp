@@ -23,6 +23,9 @@ void qvtoint(QVTCOM* com);
 // Closes the open output group; with a variable, opens the next one and
 // prints its "Variable" table.
 void qvtogrp(QVTCOM* com, const VAR* var);
+// Closes the group of the series' prediction errors; with a variable, and
+// when an error plot is asked for, opens it inside the series' group.
+void qvtogre(QVTCOM* com, const VAR* var);
 // "DescStats" of the series in hand, from outsum.stats.
 void qvtovar(QVTCOM* com);
 // "ForecastSummary" and "ForecastSummation": flag 0 opens them at a BY

@@ -34,9 +34,11 @@ void qvtoint(QVTCOM* com) {
 void qvtogrp(QVTCOM* com, const VAR* var) {
   if ((com->print.none || com->print.overallonly) && com->plot.none) return;
   Host& h = *com->host;
-  h.groupClose();  // no group open is not a failure
+  qvtogre(com, nullptr);  // a nested group never outlives its series
+  if (com->grp) h.groupClose();
+  com->grp = false;
   if (var == nullptr) return;
-  h.groupOpen("Variable", "_NAME_", catText(com, 5001, {var->name.str()}));
+  com->grp = h.groupOpen("Variable", "_NAME_", catText(com, 5001, {var->name.str()})) >= 0;
   if (com->plot.none && com->print.summaryonly) return;
   TableOut t(com, "Variable", TableKind::Factoid, 5020);
   t.line(5021, var->name.str());
@@ -49,6 +51,15 @@ void qvtogrp(QVTCOM* com, const VAR* var) {
   t.line(5025, nobs, "F12.");
   t.value("Nobs", numText(nobs));
   t.close();
+}
+
+void qvtogre(QVTCOM* com, const VAR* var) {
+  if ((com->print.none || com->print.overallonly) && com->plot.none) return;
+  if (com->grpe) com->host->groupClose();
+  com->grpe = false;
+  const auto& g = com->plot;
+  if (var == nullptr || !(g.errors || g.acf || g.pacf || g.iacf || g.wn)) return;
+  com->grpe = com->host->groupOpen("PredictionErrors", "_ERRORS_", catText(com, 5002, {var->name.str()})) >= 0;
 }
 
 void qvtovar(QVTCOM* com) {

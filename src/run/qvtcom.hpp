@@ -355,6 +355,9 @@ struct QVTCOM {
   char bynotsorted = 0;   // NOTSORTED in the BY statement
 
   u_slabel templateprefix;
+  // Output groups open on the host: a series' ("Variable") and, inside it
+  // while its error plots are drawn, that of its prediction errors.
+  bool grp = false, grpe = false;
   struct {
     double alpha = 0.5;
     int meanAdj = 0;

@@ -16,7 +16,9 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "absent_files": ["out.csv"],         # files that must not exist after the run
       "svg_files": ["plots/a_ModelPlot.svg"],  # files that must exist and be well-formed SVG documents
       "report_plots": {"file": "report.html", "names": [...]},  # the plots of the HTML report, in order,
-                                           # each a <figure data-name=...> holding well-formed SVG
+                                           # each a <figure data-name=...> holding well-formed SVG;
+                                           # optional "groups": [...], for each plot the output groups
+                                           # around it, outermost first, as "Variable/PredictionErrors"
       "tables": {"file": "report.html", "checks": [...]},  # printed tables of the HTML report,
                                            # found by table and column name (see compare_tables)
       "fields": [{"step": 0, "record": 1, "field": 3, "value": 43}],  # qvt check: a field's value
@@ -101,7 +103,7 @@ def compare_csv(got_path, want_path, tol):
 
 class ReportTables(html.parser.HTMLParser):
     """The data tables of an HTML report: name -> (column names, rows of cell texts).
-    A table is a <section data-name=...>; its columns are the <th data-name=...>."""
+    A table is a <section class="table" data-name=...>; its columns are the <th data-name=...>."""
 
     def __init__(self):
         super().__init__()
@@ -109,7 +111,7 @@ class ReportTables(html.parser.HTMLParser):
 
     def handle_starttag(self, tag, attrs):
         a = dict(attrs)
-        if tag == "section" and "data-name" in a:
+        if tag == "section" and a.get("class") == "table":
             self.name = a["data-name"]
             self.tables.setdefault(self.name, []).append(([], []))
         elif self.name and tag == "th" and "data-name" in a:
@@ -129,6 +131,26 @@ class ReportTables(html.parser.HTMLParser):
             self.cell = None
         elif tag == "section":
             self.name = None
+
+
+class ReportGroups(html.parser.HTMLParser):
+    """For each <figure> of an HTML report, the data-names of the group sections
+    around it, outermost first, joined by "/"."""
+
+    def __init__(self):
+        super().__init__()
+        self.stack, self.paths = [], []
+
+    def handle_starttag(self, tag, attrs):
+        a = dict(attrs)
+        if tag == "section":
+            self.stack.append(a.get("data-name") if a.get("class") == "group" else None)
+        elif tag == "figure":
+            self.paths.append("/".join(n for n in self.stack if n is not None))
+
+    def handle_endtag(self, tag):
+        if tag == "section" and self.stack:
+            self.stack.pop()
 
 
 def compare_tables(path, checks, case_dir, tol):
@@ -192,6 +214,11 @@ def check_plots(work, spec):
             errors.append(f"report plots {[n for n, _ in figs]}, expected {spec['report_plots']['names']}")
         for n, svg in figs:
             errors += svg_errors(svg, f"report plot {n}")
+        if "groups" in spec["report_plots"]:
+            parser = ReportGroups()
+            parser.feed(text)
+            if parser.paths != spec["report_plots"]["groups"]:
+                errors.append(f"report plot groups {parser.paths}, expected {spec['report_plots']['groups']}")
     return errors
 
 
