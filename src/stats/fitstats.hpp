@@ -217,9 +217,10 @@ int ztssfm(double holdout, const double* actual, const double* predict, long T, 
            int select, double* work, double* stat) noexcept;
 
 // 1 when stat2 is better than stat1 by criterion select, 0 when it isn't (a
-// tie keeps the first), -1 when neither is present, -99 for an unknown code.
-// A missing value is never better; for the information criteria a missing
-// stat1 gives 1 even when stat2 is missing too.
+// tie keeps the first), -1 when neither is present, -99 for an unknown code
+// with both values present. A missing value is never better, whatever the
+// code; for the information criteria a missing stat1 gives 1 even when
+// stat2 is missing too.
 int ztssfmc(double stat1, double stat2, int select) noexcept;
 
 // Descriptive statistics of y[0..nobs-1]: counts, the shortest and longest

@@ -285,8 +285,6 @@ int ztssfm(double holdout, const double* actual, const double* predict, long T, 
 }
 
 int ztssfmc(double stat1, double stat2, int select) noexcept {
-  const SfCriterion* c = sfCriterion(select);
-  if (c == nullptr) return -99;
   const bool miss1 = wzmis(stat1) != 0, miss2 = wzmis(stat2) != 0;
   // The information criteria take a missing first value as beaten even by
   // a missing second one, so that a candidate is always taken over a start
@@ -295,6 +293,10 @@ int ztssfmc(double stat1, double stat2, int select) noexcept {
   if (!info && miss1 && miss2) return -1;
   if (miss1) return 1;
   if (miss2) return 0;
+  // The code is looked up only for the direction: a missing value settles
+  // the comparison whatever the criterion.
+  const SfCriterion* c = sfCriterion(select);
+  if (c == nullptr) return -99;
   if (c->better == kSfLarger) return stat1 < stat2 ? 1 : 0;
   if (c->better == kSfSmallerAbs) return std::fabs(stat2) < std::fabs(stat1) ? 1 : 0;
   return stat2 < stat1 ? 1 : 0;

@@ -216,7 +216,10 @@ TEST(FitStats, WhichValueIsBetter) {
                        ztssfmc(kM, kM, c.code), ztssfmc(kM, 1, c.code), ztssfmc(1, kM, c.code)};
     EXPECT_EQ(std::vector<int>(got, got + 6), std::vector<int>(want, want + 6)) << c.name;
   }
-  EXPECT_EQ(ztssfmc(1, 2, 6), -99);
+  // An unknown code: a missing value settles the comparison before the
+  // code is needed for a direction.
+  EXPECT_EQ(std::vector<int>({ztssfmc(1, 2, 6), ztssfmc(kM, kM, 6), ztssfmc(kM, 1, 6), ztssfmc(1, kM, 6)}),
+            std::vector<int>({-99, -1, 1, 0}));
 }
 
 TEST(FitStats, LimitsAndSeriesDescription) {
