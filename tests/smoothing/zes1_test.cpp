@@ -116,6 +116,13 @@ TEST(Zes1Npd, CentralDifferenceByHand) {
   double d = 0;
   EXPECT_EQ(zes1npd(x.data(), f.data(), 9, n, 0.4, 8, 1e-160, 0, &d), -92);
   EXPECT_TRUE(wzmis(d));
+  // Values near 1e150 make the difference of the two mean squared errors
+  // about 1e299, and its quotient by 0.2 passes the overflow limit: the
+  // derivative is the guarded division's signed infinity, .I or .M.
+  const std::vector<double> big = {0, 1e150, 0, 1e150, 0, 1e150};
+  const std::vector<char> fb(big.size(), 0);
+  EXPECT_EQ(zes1npd(big.data(), fb.data(), 1e150, 6, 0.5, 1e150, 0.1, 0, &d), -92);
+  EXPECT_EQ(missCode(d), oracle::simpleMse(big, 0.6) > oracle::simpleMse(big, 0.4) ? 'I' : 'M');
 }
 
 TEST(Zes1Prd, RowRangeFromTheStartStateAndFailures) {
