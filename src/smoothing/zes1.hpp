@@ -42,7 +42,7 @@ int zes1smo(const double* x, const char* misflg, double xscale, long n, double w
 // Central difference of the mean squared error of zes1smo with respect to
 // the weight, with perturbation deltas (relative to w when wkflag is 1 and
 // |w| is above tiny). -92 with *pder missing when a pass failed or deltas is
-// below tiny.
+// below tiny; -92 with *pder .I or .M when the quotient would overflow.
 int zes1npd(const double* x, const char* misflg, double xscale, long n, double wlevel,
             double level, double deltas, int wkflag, double* pder) noexcept;
 

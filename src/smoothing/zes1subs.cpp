@@ -137,10 +137,9 @@ int zes1npd(const double* x, const char* misflg, double xscale, long n, double w
   const int rc1 = zes1smo(x, misflg, xscale, n, w1, &l1, &mse1);
   const int rc2 = zes1smo(x, misflg, xscale, n, w2, &l2, &mse2);
   if (rc1 + rc2 < 0 || deltas < kEsmTiny) return kEsmDivide;
-  double q = 0.0;
-  const int rc = divide(mse1 - mse2, den, &q);
-  if (rc == 0) *pder = q;
-  return rc;
+  // A quotient that would overflow leaves divide's signed infinity (.I or
+  // .M) as the derivative, with -92.
+  return divide(mse1 - mse2, den, pder);
 }
 
 int zes1prd(const double* x, const char* misflg, double xscale, long n, double wlevel,

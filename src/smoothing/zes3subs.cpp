@@ -66,7 +66,9 @@ int zes3svi(const double* x, const char* misflg, long n, int stflg, double* leve
 int zes3pnt(double x, double xscale, double wlevel, double wtrend, double wdamp, double* level,
             double* trend, double* xhat, double* e) noexcept {
   const double L = *level;
-  const double dt = stateBad(*trend) ? kMissing : wdamp * *trend;
+  // The guard is on the damped trend that enters the prediction, not on T:
+  // a trend just past the limit that damping brings back inside still steps.
+  const double dt = wzmis(*trend) ? kMissing : wdamp * *trend;
   if (stateBad(L) || stateBad(dt)) {
     *level = kMissing;
     *trend = kMissing;

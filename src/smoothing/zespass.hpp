@@ -165,10 +165,8 @@ int npd(const M& m, int k, const double* x, const char* misflg, const int* scode
       out = kEsmDivide;
       continue;
     }
-    double q = 0.0;
-    const int rc = divide(mse1 - mse2, den, &q);
-    if (rc == 0) pder[i] = q;
-    else out = rc;
+    // On overflow the derivative is divide's signed infinity (.I or .M).
+    if (const int rc = divide(mse1 - mse2, den, &pder[i]); rc != 0) out = rc;
   }
   return out;
 }

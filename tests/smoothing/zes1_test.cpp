@@ -20,29 +20,33 @@ TEST(Zes1Svi, LastUsableValueAfterTheFirst) {
   EXPECT_EQ(level, 6);
 }
 
-TEST(StepGuards, SimpleAndHolt) {
+TEST(StepGuards, SimpleHoltAndDamped) {
   // The steps themselves are checked against the published recursions in
   // model_family_test.cpp; here the divergence guards of simple smoothing
-  // (the trend column unused) and Holt's.
+  // (the trend column unused), Holt's and the damped trend's.
+  enum { kSimple, kHolt, kDamped };
   struct Case {
-    bool holt;
+    int model;
     double L, T, xscale;
     int rc;
   } cases[] = {
-      {false, 2e152, 0, 1e300, -9}, {false, -2e152, 0, 1e300, -9},
-      {false, 10, 0, 0.0009, -9},  // 10 > 0.0009 * 10000
-      {false, 9, 0, 0.0009, 0},     {false, -1e6, 0, 1, 0},  {false, kMissing, 0, 1e6, -9},
-      {true, -5e4, 0, 1, 0},  // the scale test is one-sided
-      {true, 2e152, 0, 1e300, -9},  {true, 0, -2e152, 1e300, -9},
-      {true, 5, 6, 1e-3, -9},  // a prediction of 11 beyond 1e-3 * 10000
-      {true, kMissing, 0, 1, -9},
+      {kSimple, 2e152, 0, 1e300, -9}, {kSimple, -2e152, 0, 1e300, -9},
+      {kSimple, 10, 0, 0.0009, -9},  // 10 > 0.0009 * 10000
+      {kSimple, 9, 0, 0.0009, 0},     {kSimple, -1e6, 0, 1, 0},  {kSimple, kMissing, 0, 1e6, -9},
+      {kHolt, -5e4, 0, 1, 0},  // the scale test is one-sided
+      {kHolt, 2e152, 0, 1e300, -9},  {kHolt, 0, -2e152, 1e300, -9},
+      {kHolt, 5, 6, 1e-3, -9},  // a prediction of 11 beyond 1e-3 * 10000
+      {kHolt, kMissing, 0, 1, -9},
+      // The damped trend guards phi T, not T: 0.9 * 1.4e152 is inside the limit.
+      {kDamped, 0, 1.4e152, 1e300, 0}, {kDamped, 0, -1.6e152, 1e300, -9},
   };
   for (const auto& c : cases) {
     double L = c.L, T = c.T, xhat = 0, e = 0;
-    const int rc = c.holt ? zes2pnt(1.0, c.xscale, 0.3, 0.1, &L, &T, &xhat, &e)
-                          : zes1pnt(1.0, c.xscale, 0.5, &L, &xhat, &e);
-    EXPECT_EQ(rc, c.rc) << c.holt << " " << c.L;
-    EXPECT_EQ(wzmis(L) && (!c.holt || wzmis(T)), c.rc < 0) << c.holt << " " << c.L;
+    const int rc = c.model == kSimple ? zes1pnt(1.0, c.xscale, 0.5, &L, &xhat, &e)
+                   : c.model == kHolt ? zes2pnt(1.0, c.xscale, 0.3, 0.1, &L, &T, &xhat, &e)
+                                      : zes3pnt(1.0, c.xscale, 0.3, 0.1, 0.9, &L, &T, &xhat, &e);
+    EXPECT_EQ(rc, c.rc) << c.model << " " << c.L << " " << c.T;
+    EXPECT_EQ(wzmis(L) && (c.model == kSimple || wzmis(T)), c.rc < 0) << c.model << " " << c.L;
   }
   double D = 2e154, dv = 0;
   EXPECT_EQ(zes1dpd(13, 0.3, 10, 10.9, &D, &dv), -9);
@@ -112,6 +116,13 @@ TEST(Zes1Npd, CentralDifferenceByHand) {
   double d = 0;
   EXPECT_EQ(zes1npd(x.data(), f.data(), 9, n, 0.4, 8, 1e-160, 0, &d), -92);
   EXPECT_TRUE(wzmis(d));
+  // Values near 1e150 make the difference of the two mean squared errors
+  // about 1e299, and its quotient by 0.2 passes the overflow limit: the
+  // derivative is the guarded division's signed infinity, .I or .M.
+  const std::vector<double> big = {0, 1e150, 0, 1e150, 0, 1e150};
+  const std::vector<char> fb(big.size(), 0);
+  EXPECT_EQ(zes1npd(big.data(), fb.data(), 1e150, 6, 0.5, 1e150, 0.1, 0, &d), -92);
+  EXPECT_EQ(missCode(d), oracle::simpleMse(big, 0.6) > oracle::simpleMse(big, 0.4) ? 'I' : 'M');
 }
 
 TEST(Zes1Prd, RowRangeFromTheStartStateAndFailures) {
