@@ -37,7 +37,9 @@ int getstats(double* x, long nobs, double* work, ZINT_STATS* stats) {
     ++n;
     if (std::fabs(v) > extreme) ++nextr;
     if (sumfail) continue;
-    if (std::fabs(v) > kAddLimit || std::fabs(sum + v) > kAddLimit) sumfail = true;
+    // The running sum and the term are tested before the addition: both
+    // within half the largest double, their sum is still finite.
+    if (std::fabs(v) > kAddLimit || std::fabs(sum) > kAddLimit) sumfail = true;
     else sum += v;
   }
   const double mean = (sumfail || n == 0) ? 0.0 : sum / static_cast<double>(n);
@@ -53,7 +55,7 @@ int getstats(double* x, long nobs, double* work, ZINT_STATS* stats) {
       continue;
     }
     const double q = v * v;
-    if (q > kAddLimit || sum2 + q > kAddLimit) {
+    if (q > kAddLimit || sum2 > kAddLimit) {
       sum2fail = true;
       continue;
     }

@@ -43,12 +43,11 @@ inline long dataAt(long obs, long nobs, int nvars, int colorder, int j) noexcept
   return colorder ? j * nobs + obs : obs * nvars + j;
 }
 
-// cell += v within the limits; false when the value or the sum is too large.
+// cell += v, refused when the value or the cell already lies beyond the
+// limit; two operands within it always give a finite sum.
 inline bool addTo(double& cell, double v) noexcept {
   if (std::fabs(v) > kAddLimit || std::fabs(cell) > kAddLimit) return false;
-  const double s = cell + v;
-  if (std::fabs(s) > kAddLimit) return false;
-  cell = s;
+  cell += v;
   return true;
 }
 

@@ -236,12 +236,15 @@ TEST(Zinttim, LayoutsRefusalsAndOverflow) {
   const double y[] = {1, 2};
   EXPECT_EQ(zinttim(nullptr, 2, y, 1, 0, 1, 1, 1, norm), -99);
   EXPECT_EQ(zinttim(pos, 2, y, 1, -1, 1, 1, 1, norm), -99);
-  // A sum past half the largest double is refused, not rounded to infinity;
-  // the cell keeps what it held. A value too large to square.
-  const long zero[] = {0, 0};
-  const double big[] = {8e307, 8e307}, wide[] = {2e154};
-  EXPECT_EQ(zinttim(zero, 2, big, 1, 0, 1, 1, 1, norm), -2);
-  EXPECT_EQ(norm[0], 8e307);
+  // Adding to a cell past half the largest double is refused, not rounded
+  // to infinity; the cell keeps what it held. Two terms within the limit
+  // always have a finite sum, which is kept. A value too large to square.
+  const long zero[] = {0, 0, 0};
+  const double big[] = {8e307, 8e307, 1}, wide[] = {2e154};
+  EXPECT_EQ(zinttim(zero, 2, big, 1, 0, 1, 1, 1, norm), 0);
+  EXPECT_EQ(norm[0], 1.6e308);
+  EXPECT_EQ(zinttim(zero, 3, big, 1, 0, 1, 1, 1, norm), -2);
+  EXPECT_EQ(norm[0], 1.6e308);
   for (auto [code, rc] : {std::pair{9, -2}, {10, -2}, {1, 0}})
     EXPECT_EQ(zinttim(zero, 1, wide, 1, 0, 1, 1, code, norm), rc) << code;
   // One observation at a time: outside the cells, a missing value skipped.
@@ -372,6 +375,13 @@ TEST(Stats, DegenerateSetsAndOverflow) {
   EXPECT_EQ(getstats(big, 3, work, &s), 1);
   EXPECT_TRUE(s.sumfail == 1 && s.sum2fail == 1 && s.nextr == 2 && s.max == 8e307 && s.median == 8e307);
   EXPECT_TRUE(wzmis(s.sum) && wzmis(s.mean) && wzmis(s.uss) && wzmis(s.std));
+  // The sums are tested before each term is added: two terms within half
+  // the largest double still add up, the third would not.
+  double twoBig[] = {8e307, 8e307}, twoSq[] = {9e153, 9e153};
+  EXPECT_EQ(getstats(twoBig, 2, work, &s), 1);
+  EXPECT_TRUE(s.sumfail == 0 && s.sum == 1.6e308 && s.mean == 8e307 && s.sum2fail == 1);
+  EXPECT_EQ(getstats(twoSq, 2, work, &s), 0);
+  EXPECT_TRUE(s.sum2fail == 0 && s.uss == 2 * (9e153 * 9e153) && s.css == 0);
   // Only the squares overflow: sum and mean stand.
   double wide[] = {2e154, -2e154};
   EXPECT_EQ(getstats(wide, 2, work, &s), 1);
