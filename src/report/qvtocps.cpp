@@ -13,9 +13,9 @@
 namespace qvt {
 namespace {
 
-// Both tables share the template of the summary. TableOut derives the
-// template from the name, so the table is opened here; a refused open is
-// handed to TableOut's own open, whose failure rule reports it.
+// Both tables share the template of the summary. A refused open follows
+// the failure rule of every layer call; it is not retried under the
+// table's own name, which would print it under the wrong template.
 TableOut openTable(QVTCOM* com, std::string_view name, int title) {
   if (com->templateprefix.len < 1) com->templateprefix.set("QVT.QVT");
   TableHead head;
@@ -23,9 +23,7 @@ TableOut openTable(QVTCOM* com, std::string_view name, int title) {
   head.templ = com->templateprefix.str() + ".PerformanceSummary";
   head.kind = TableKind::Data;
   head.title = catText(com, title);
-  TableHandle h;
-  if (com->host->tableOpen(head, &h) >= 0) return TableOut(com, h);
-  return TableOut(com, name, TableKind::Data, title);
+  return TableOut(com, head);
 }
 
 }  // namespace

@@ -31,6 +31,10 @@ class TableOut {
   TableOut(QVTCOM* com, std::string_view name, TableKind kind, int title);
   // A table opened earlier and still open (the summary tables).
   TableOut(QVTCOM* com, TableHandle h) : com_(com), h_(h) {}
+  // Opens a table described in full: a template of its own (the two
+  // performance tables share one; plots' data tables name theirs and may
+  // be hidden).
+  TableOut(QVTCOM* com, const TableHead& head);
   explicit operator bool() const noexcept { return static_cast<bool>(h_); }
   TableHandle handle() const noexcept { return h_; }
 
@@ -46,9 +50,6 @@ class TableOut {
   void close();
 
  protected:
-  // Opens a table described in full (plots' data tables name their own
-  // template and may be hidden).
-  TableOut(QVTCOM* com, const TableHead& head);
   void check(int rc);
   QVTCOM* com_;
   TableHandle h_;

@@ -9,6 +9,7 @@
 #include "intermittent/idmodel.hpp"
 #include "layer_host.hpp"
 #include "report/qvto.hpp"
+#include "stats/ztscp.hpp"
 
 namespace qvt {
 namespace {
@@ -232,6 +233,23 @@ TEST_F(Fixture, FailedLayerCallEndsTheStep) {
   com.rc = 0;
   EXPECT_NO_THROW(qvtosof(&com, 0));
   EXPECT_EQ(com.rc, 0);
+  // A refused open of a performance table ends the step too; the table is
+  // not opened a second time under another template.
+  struct RefusingOpen : LayerHost {
+    int tableOpen(const TableHead& hd, TableHandle* o) override {
+      return hd.templ == "QVT.QVT.PerformanceSummary" ? kHostIoError : LayerHost::tableOpen(hd, o);
+    }
+  } ro;
+  com.host = &ro;
+  com.istmt.back = 2;
+  com.print.performanceoverall = 1;
+  double forback[3];
+  com.outcps.forback = forback;
+  ASSERT_EQ(ztscpi(1, 2, nullptr, &com.outcps.cp), 0);
+  EXPECT_THROW(qvtocps(&com, 1), StepExit);
+  EXPECT_EQ(com.rc, 2000);
+  EXPECT_TRUE(ro.tables.empty());
+  ztscpt(&com.outcps.cp);
 }
 
 // The listing of a small table, written from the layout rules: a column is
