@@ -190,6 +190,7 @@ void runDemands(QVTCOM* com, const FORSTMT& f, IDSERIES* ids, IDMODEL* idm) {
   putresult(com);
   summation(com, nullptr, &fore);
   qvtdsum(com);
+  qvtosum(com, 1);
 }
 
 // One series, from its raw records to its rows. Every return is the end of

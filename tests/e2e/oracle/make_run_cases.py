@@ -386,6 +386,10 @@ def main():
     write(os.path.join(c, "expect", "summary.csv"), ["TOTAL", "MIN", "MAX", "AVG", "STD", "RANGE"],
           [[cell(f(x)) for f in (sum, min, max, statistics.mean, statistics.stdev)] + [cell(max(x) - min(x))]
            for x in comps])
+    # Its row of ForecastSummary: the flat rate in each of the 4 horizons,
+    # their sum from STARTSUM=1 as the prediction, and no limits of a sum.
+    write(os.path.join(c, "expect", "forsum.csv"), ["H1", "H2", "H3", "H4", "PREDICT", "STD", "LOWER", "UPPER"],
+          [[cell(rate)] * 4 + [cell(4 * rate), "", "", ""]])
 
     # bestall: MODEL=BESTALL decides per series. a (above) has a median
     # demand interval of 2, at least INTERMITTENT=2: Croston's method as in
