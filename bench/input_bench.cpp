@@ -25,24 +25,23 @@ class DailyInput {
     std::FILE* f = std::fopen(path.c_str(), "w");
     if (!f) return;
     std::fputs("store,date,units\n", f);
-    const long first = qvt::testing::daysFromCivil(1700, 1, 1);
+    const long first = qvt::testing::day(1700, 1, 1);
     unsigned x = 12345;
     for (int g = 1; g <= kGroups; ++g) {
       for (long d = 0; d < kDaysPerGroup; ++d) {
         x = x * 1103515245u + 12345u;  // a small linear congruential generator keeps this cheap
-        const auto c = qvt::testing::civilFromDays(first + d);
-        std::fprintf(f, "%d,%04ld-%02ld-%02ld,%u\n", g, c.y, c.m, c.d, (x >> 16) % 1000);
+        std::fprintf(f, "%d,%s,%u\n", g, qvt::testing::isoDate(first + d).c_str(), (x >> 16) % 1000);
       }
     }
     ok_ = std::fclose(f) == 0;
-    name_ = "'" + path + "'";
+    path_ = path;
   }
   bool ok() const { return ok_; }
-  const std::string& name() const { return name_; }
+  const std::string& path() const { return path_; }
 
  private:
-  qvt::testing::TempFolder folder_;
-  std::string name_;
+  qvt::testing::TempDir folder_;
+  std::string path_;
   bool ok_ = false;
 };
 
@@ -57,18 +56,13 @@ void BM_InputAccumulate(benchmark::State& state, const char* interval) {
     state.SkipWithError("the input file could not be written");
     return;
   }
-  qvt::testing::InputSetup s;
-  s.dataset = input.name();
-  s.series = {"units"};
-  s.id = "date";
-  s.by = {"store"};
-  s.interval = interval;
-  s.acc = qvt::kAccTotal;
-  s.enobs = 16384;  // what output set-up expects for a step with BY groups
+  // enobs: what output set-up expects for a step with BY groups.
+  const std::string setup = fmt::format("file={} interval={} id=date series=units by=store acc={} enobs=16384",
+                                        input.path(), interval, int(qvt::kAccTotal));
   long records = 0;
   long periods = 0;
   for (auto _ : state) {
-    qvt::testing::InputRun r(s);
+    qvt::testing::InputRun r(setup);
     while (r.nextGroup()) {
       qvt::qvtin(&r.com);
       if (r.com.error != 0) {

@@ -37,7 +37,8 @@ std::string cells(const T* p, long n) {
 // A QVTCOM wired to the CSV input "input", set up by "key=value" words: csv
 // (records separated by '/'), interval and id (empty: none), series, by, nby,
 // acc, notsorted, start and end (dates), lead, zeromiss, trend, maxerror,
-// enobs (records expected: small, so that arrays grow) and memsize.
+// enobs (records expected: small, so that arrays grow) and memsize; file (a
+// CSV file already written) is read instead of csv.
 struct InputRun {
   std::map<std::string, std::string> kv = {{"csv", "date,y/2020-01-01,1"}, {"interval", "MONTH"},
                                            {"id", "date"}, {"series", "y"}, {"maxerror", "25"}, {"enobs", "4"}};
@@ -52,10 +53,11 @@ struct InputRun {
   explicit InputRun(const std::string& setup) : host(config(setup)) {
     EXPECT_EQ(host.init(), 0);
     std::replace(kv["csv"].begin(), kv["csv"].end(), '/', '\n');
-    dir.write("input.csv", kv["csv"] + '\n');
+    if (!kv.count("file")) dir.write("input.csv", kv["csv"] + '\n');
     com.host = &host;
     for (PoolHandle* p : {&com.cpool, &com.dpool, &com.tpool}) *p = hostPoolCreate(host, 0, 1024, 6);
-    EXPECT_EQ(hostDsOpen(host, "input", DsMode::Input, &com.ds.data.fileid), 0);
+    const std::string input = kv.count("file") ? "'" + kv["file"] + "'" : "input";
+    EXPECT_EQ(hostDsOpen(host, input, DsMode::Input, &com.ds.data.fileid), 0);
     const DsHandle ds = com.ds.data.fileid;
     DsFacts f;
     hostDsInfo(host, ds, &f);
