@@ -37,7 +37,8 @@ void addCommon(CLI::App* cmd, Common& c) {
   cmd->add_option("--plots", c.plots, "Write each plot as an SVG file into DIR")->type_name("DIR");
   cmd->add_option("--option", c.options, "Host option, e.g. DEBUG=SYN or INTERVALDS=\"fiscal=cal.fiscal\"")
       ->type_name("NAME=VALUE");
-  cmd->add_option("--threads", c.threads, "Threads for BY groups")->check(CLI::Range(1, 1024));
+  cmd->add_option("--threads", c.threads, "Threads for BY groups (this version runs them on one thread)")
+      ->check(CLI::Range(1, 1024));
   cmd->add_option("--memsize", c.memsize, "Memory budget in bytes (default: the available memory)")
       ->type_name("BYTES");
   cmd->add_flag("--strict", c.strict, "Exit with status 1 when a warning was logged");
@@ -54,6 +55,7 @@ qvt::HostConfig hostConfig(const Common& c) {
   cfg.htmlFile = c.html;
   cfg.plotsDir = c.plots;
   cfg.strict = c.strict;
+  cfg.threads = c.threads;
   // A progress line only where someone watches: standard error on a terminal.
   if (isatty(STDERR_FILENO) != 0) cfg.progressStream = &std::cerr;
   return cfg;

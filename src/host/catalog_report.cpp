@@ -281,6 +281,7 @@ constexpr CatalogEntry kRows[] = {
     {900, 25, Error, "The listing file {1} cannot be opened for writing: {2}."},
     {900, 26, Error, "The HTML report {1} cannot be written: {2}."},
     {900, 27, Error, "The plot file {1} cannot be written: {2}."},
+    {900, 28, Note, "--threads {1} has no effect: this version runs BY groups one after the other, on one thread."},
 };
 
 }  // namespace

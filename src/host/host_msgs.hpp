@@ -23,6 +23,7 @@ enum HostMsg : int {
   kMsgCantLog = 22,            // (file, reason)
   kMsgNoFolder = 23,           // (folder, lib)
   kMsgBadOption = 24,          // (text)
+  kMsgThreadsIgnored = 28,     // (threads)
   // CSV files
   kMsgCsvEmpty = 30,           // (file)
   kMsgCsvEmptyName = 31,       // (file, column)

@@ -124,6 +124,7 @@ int ProcessHost::init() {
     }
     options_[upperAscii(arg.substr(0, eq))] = arg.substr(eq + 1);
   }
+  if (cfg_.threads > 1) hostMsgLog(*this, kMsgGroupHost, kMsgThreadsIgnored, {static_cast<long long>(cfg_.threads)});
   return rc;
 }
 

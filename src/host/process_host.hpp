@@ -42,6 +42,9 @@ struct HostConfig {
   std::size_t memsize = 0;
   // A warning makes the exit status 1 (--strict).
   bool strict = false;
+  // Threads asked for BY groups (--threads). BY groups run one after the
+  // other; more than one is noted in the log rather than ignored silently.
+  int threads = 1;
   // Folder of spool files; empty: $TMPDIR, else /tmp.
   std::string tmpDir;
   // Test hook: the n-th spool write of the host (1-based) fails; 0 never.
