@@ -71,6 +71,12 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   // and the forecasts go on: they don't depend on it.
   if (cross && ztscpi(com->nvars, com->istmt.back, nullptr, &com->outcps.cp) == -1)
     hostMemMessage(host, static_cast<long long>(sizeof(ZTS_CP)));
+  // The step can end anywhere by hostExit (a BY group out of order, a spool
+  // that fails); the collector is freed on every way out.
+  struct CollectorGuard {
+    ZTS_CP** cp;
+    ~CollectorGuard() { ztscpt(cp); }
+  } collector{&com->outcps.cp};
 
   com->error = 0;
   com->memdef = 0;
@@ -85,7 +91,7 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
       ztscpcu(com->outcps.cp);
       qvtocps(com, 1);
     }
-    ztscpt(&com->outcps.cp);
+    ztscpt(&com->outcps.cp);  // the guard then finds nothing left
   }
   if (com->nvars >= 2) qvtend(com);
   qvtdinf(com);
