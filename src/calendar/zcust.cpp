@@ -145,6 +145,12 @@ int normalize(CINTC_INFO* info) {
   info->seasBuffer.resize(hasSeason ? keep : 0);
   info->nused = static_cast<long>(keep);
   info->n = std::max(info->n, info->nused);
+  info->ordered = true;
+  for (std::size_t r = start; r + 1 < keep && info->ordered; ++r) {
+    const double next = info->beginBuffer[r + 1];
+    const bool endInside = !hasEnd || wzmis(info->endBuffer[r]) || info->endBuffer[r] < next;
+    info->ordered = info->beginBuffer[r] < next && endInside;
+  }
   return 0;
 }
 

@@ -52,6 +52,10 @@ struct CINTC_INFO {
   short fmt_w = -1;    // its width, -1 when the format has none
   short fmt_d = -1;    // its decimals, -1 when the format has none
   int refs = 0;        // references lent out and not yet given back
+  // BEGINs strictly increasing and no END reaching the next row's BEGIN: the
+  // only row that can hold a date is then the last one beginning at or
+  // before it, found by bisection. Otherwise rows are searched in order.
+  bool ordered = false;
 };
 
 // What the host supplies to read a calendar data set: fills `into` with the

@@ -96,10 +96,16 @@ class Cal {
   }
 
   // The row of a non-missing date: 1..N, 0 in front of the calendar, N + 1
-  // behind it, -1 in a hole. The scan runs from the first row.
+  // behind it, -1 in a hole. Where rows may overlap or stand out of order
+  // the first row that holds the date wins, so they are scanned in order.
   long rowOf(double x) const noexcept {
-    for (long r = 1; r <= n_; ++r)
-      if (holds(r, x)) return r;
+    if (info_->ordered) {
+      const long r = static_cast<long>(std::upper_bound(begin_, begin_ + n_, x) - begin_);
+      if (r >= 1 && holds(r, x)) return r;
+    } else {
+      for (long r = 1; r <= n_; ++r)
+        if (holds(r, x)) return r;
+    }
     if (x < beginOf(1)) return 0;
     const double last = endOf(n_);
     if (!wzmis(last) && x > last) return n_ + 1;

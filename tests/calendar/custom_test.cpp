@@ -17,7 +17,8 @@ struct Rows {
 };
 
 // FISC: five rows with END and a hole 14..19; OPEN: BEGIN only; FIVE: five
-// contiguous rows with END; BIG: datetime values, no format.
+// contiguous rows with END; BIG: datetime values, no format; OVER: a row
+// whose END reaches into the next; SHUF: BEGINs out of order.
 struct Calendars {
   CINTC_MGR mgr;
   int loads = 0;
@@ -28,9 +29,11 @@ struct Calendars {
       {"BIG", {{0, 86400 * 7.0}, {}, {}, ""}},
       {"STAMP", {{0, 10}, {}, {}, "DATETIME"}},
       {"EMPTY", {}},
+      {"OVER", {{0, 10, 20}, {15, 25, 29}, {}, "DATE"}},
+      {"SHUF", {{0, 30, 10, 20}, {}, {}, "DATE"}},
   };
   Calendars() {
-    zcintcInit(&mgr, "fisc=work.a open=b five=five big=big stamp=stamp empty=empty bad=bad",
+    zcintcInit(&mgr, "fisc=work.a open=b five=five big=big stamp=stamp empty=empty bad=bad over=over shuf=shuf",
                [this](const CUSTOMINTERVAL& ds, CINTC_INFO* into) {
                  ++loads;
                  auto it = sets.find(ds.member);
@@ -106,7 +109,8 @@ TEST(Custom, StepsAndCountsAgainstTheRows) {
 
 TEST(Custom, HandWorkedRows) {
   Calendars c;
-  const INTERVALX fisc = c.x("Fisc"), open1 = c.x("OPEN"), five2 = c.x("FIVE2.");
+  const INTERVALX fisc = c.x("Fisc"), open1 = c.x("OPEN"), five2 = c.x("FIVE2."), over = c.x("OVER"),
+                  shuf = c.x("SHUF");
   struct Row { const INTERVALX* x; double d, n, b, e; };
   const Row rows[] = {
       {&open1, 500, 0, 130, I},  // BEGIN only: the last row takes every later date
@@ -116,6 +120,9 @@ TEST(Custom, HandWorkedRows) {
       {&five2, 5, 0, 0, 19},  {&five2, 25, 0, 20, 39}, {&five2, 45, 0, 40, I}, {&five2, 45, -3, M, -1},
       {&five2, 45, -4, kMissing, kMissing}, {&fisc, I, 1, kMissing, kMissing},
       {&fisc, skMissVal('A'), 0, kMissing, kMissing}, {&fisc, M, 2, 7, 13},
+      // Where rows overlap or stand out of order the first row holding the
+      // date is its interval, not the last one beginning before it.
+      {&over, 12, 0, 0, 15}, {&over, 17, 0, 10, 25}, {&shuf, 25, 0, 0, 29}, {&shuf, 35, 0, 20, I},
   };
   for (const Row& r : rows) {
     double b, e, s;
@@ -149,7 +156,7 @@ TEST(Custom, HandWorkedRows) {
 
 TEST(Custom, RegistryOptionsAndLoading) {
   Calendars c;
-  ASSERT_EQ(c.mgr.maps.size(), 7u);
+  ASSERT_EQ(c.mgr.maps.size(), 9u);
   EXPECT_EQ(testing::str(c.mgr.maps[0].interval, c.mgr.maps[0].lib, c.mgr.maps[0].member), "FISC WORK A");
   EXPECT_EQ(c.mgr.maps[1].lib, "");
   CUSTOMINTERVAL t[30];
