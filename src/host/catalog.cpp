@@ -73,6 +73,7 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 39, Error, "{1}, line {2}, column {3}: the cell {4} is not a {5} value, which the side file {6} gives this column. Correct the cell or the side file."},
     {900, 40, Error, "Reading the file {1} failed: {2}."},
     {900, 41, Error, "Writing the file {1} failed: {2}. Check the free space of its folder."},
+    {900, 42, Note, "{1}, line {2}: the variable {3} is read as character, because the cell {4} is not a {5} value like the cells above it. Correct the cell if the column should hold {5} values."},
     {900, 50, Error, "The data set {1} is not in {2} order of the BY variable {3}: record {4} ({5}) follows record {6} ({7}). Sort the data set, mark the variable DESCENDING, or add NOTSORTED to the BY statement."},
     {900, 51, Error, "There is no variable number {1} in the data set {2}."},
     {900, 52, Error, "The variable {1} is defined twice in the output data set {2}."},

@@ -199,7 +199,15 @@ int CsvReader::open(DsDiag& d, std::vector<DsDiag>& notes) {
           return kHostDataError;
         }
       } else if (kinds_[i] != CellKind::Text) {
-        kinds_[i] = csvJoinKinds(kinds_[i], csvClassify(c, &v));
+        const CellKind before = kinds_[i];
+        kinds_[i] = csvJoinKinds(before, csvClassify(c, &v));
+        // A column of numbers or dates turned character by one cell is
+        // mostly a typing slip; say which cell, as the variable is refused
+        // later only by its type.
+        if (kinds_[i] == CellKind::Text && before != CellKind::Missing)
+          notes.push_back(diag(kMsgCsvTurnedText, {file_, sc_.line(), vars_[i].name, std::string(c),
+                                                   std::string(kindName(before))},
+                               Severity::Note));
       }
     }
     ++nobs_;

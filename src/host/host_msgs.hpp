@@ -37,6 +37,7 @@ enum HostMsg : int {
   kMsgCsvTypeClash = 39,       // (file, line, column name, cell, kind, side file)
   kMsgCsvReadFailed = 40,      // (file, reason)
   kMsgCsvWriteFailed = 41,     // (file, reason)
+  kMsgCsvTurnedText = 42,      // (file, line, variable, cell, kind)
   // BY groups and variables
   kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
   kMsgNoVariable = 51,         // (variable number, data set)
