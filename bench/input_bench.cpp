@@ -6,7 +6,6 @@
 #include <sys/resource.h>
 
 #include <cstdio>
-#include <memory>
 #include <string>
 
 #include "../tests/run/test_host.hpp"

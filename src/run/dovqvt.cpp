@@ -72,7 +72,8 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
   if (cross && ztscpi(com->nvars, com->istmt.back, nullptr, &com->outcps.cp) == -1)
     hostMemMessage(host, static_cast<long long>(sizeof(ZTS_CP)));
   // The step can end anywhere by hostExit (a BY group out of order, a spool
-  // that fails); the collector is freed on every way out.
+  // that fails), and always ends by it; the guard frees the collector on
+  // every way out.
   struct CollectorGuard {
     ZTS_CP** cp;
     ~CollectorGuard() { ztscpt(cp); }
@@ -91,7 +92,6 @@ void dovqvt(Host& host, const PROCSTR& stmts) {
       ztscpcu(com->outcps.cp);
       qvtocps(com, 1);
     }
-    ztscpt(&com->outcps.cp);  // the guard then finds nothing left
   }
   if (com->nvars >= 2) qvtend(com);
   qvtdinf(com);
