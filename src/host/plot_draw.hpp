@@ -1,7 +1,7 @@
 // Drawing internals shared by the SVG renderers of plots (plot_svg.cpp and
 // plot_spectra.cpp): the page geometry, reading a data table by
 // column and named value, value axes and the SVG writer. Not for use
-// outside src/host/plot_*.cpp.
+// outside src/host/plot_*.cpp and their tests.
 #pragma once
 
 #include <algorithm>
@@ -65,15 +65,27 @@ inline std::string namedValue(const Table& t, const PlotGraph& g, std::string_vi
 struct Axis {
   double lo = 0, hi = 1, step = 0.2;
   double pos(double v, double p0, double p1) const { return p0 + (v - lo) / (hi - lo) * (p1 - p0); }
+  // Tick i is lo + i * step for i from 0 to ticks(); counted, not summed, so
+  // that a step lost in the rounding of lo can't stall the loop.
+  int ticks() const {
+    const double q = (hi - lo) / step;
+    return q >= 0 && q < 1000 ? static_cast<int>(std::lround(q)) : 0;
+  }
+  double tick(int i) const { return lo + i * step; }
 };
 
 inline Axis niceAxis(double lo, double hi) {
-  if (!(hi > lo)) {
-    const double pad = lo != 0 ? std::fabs(lo) * 0.1 : 1;
-    lo -= pad;
-    hi += pad;
+  if (!std::isfinite(lo) || !std::isfinite(hi)) return {};
+  // A range within a few units in the last place of its values (a constant
+  // series back from a transformation) is drawn as flat: its step would be
+  // below the spacing of doubles there.
+  if (!(hi - lo > 1e-9 * std::max(std::fabs(lo), std::fabs(hi)))) {
+    const double mid = lo / 2 + hi / 2;
+    const double pad = mid != 0 ? std::fabs(mid) * 0.1 : 1;
+    lo = mid - pad;
+    hi = mid + pad;
   }
-  const double raw = (hi - lo) / 5;
+  const double raw = hi / 5 - lo / 5;  // (hi - lo) / 5 without overflow
   const double mag = std::pow(10.0, std::floor(std::log10(raw)));
   const double f = raw / mag;
   const double step = (f <= 1 ? 1 : f <= 2 ? 2 : f <= 5 ? 5 : 10) * mag;
@@ -108,7 +120,8 @@ class Svg {
   }
   // The value axis at the left with its ticks and grid, and the label.
   void yAxis(const Axis& a, std::string_view label) {
-    for (double v = a.lo; v <= a.hi + a.step * 1e-9; v += a.step) {
+    for (int i = 0; i <= a.ticks(); ++i) {
+      const double v = a.tick(i);
       const double y = a.pos(v, kHeight - kBottom, kTop);
       line(kLeft - 4, y, kWidth - kRight, y, "stroke=\"#ddd\"");
       text(kLeft - 6, y + 4, tickText(v), "end");

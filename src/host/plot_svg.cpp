@@ -148,8 +148,8 @@ std::string histogram(const Table& t, const PlotGraph& g, std::string_view col) 
     svg.rect(x0, y0, x1 - x0, ya.pos(count[static_cast<std::size_t>(b)], kHeight - kBottom, kTop) - y0,
              "fill=\"#1f5fa8\" stroke=\"white\"");
   }
-  for (double v0 = xa.lo; v0 <= xa.hi + xa.step * 1e-9; v0 += xa.step)
-    svg.text(xa.pos(v0, kLeft, kWidth - kRight), kHeight - kBottom + 16, tickText(v0), "middle");
+  for (int i = 0; i <= xa.ticks(); ++i)
+    svg.text(xa.pos(xa.tick(i), kLeft, kWidth - kRight), kHeight - kBottom + 16, tickText(xa.tick(i)), "middle");
   return svg.done();
 }
 

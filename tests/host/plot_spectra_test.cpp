@@ -1,6 +1,7 @@
 #include <complex>
 #include <numbers>
 
+#include "host/plot_draw.hpp"
 #include "host/plot_svg.hpp"
 #include "host_test_util.hpp"
 
@@ -95,6 +96,32 @@ TEST(PlotSpectra, ChiSquareQuantile) {
     EXPECT_NEAR(plotChiSquareQuantile(c[0], c[1]), c[2], 5e-6 * c[2]) << c[0] << " " << c[1];
   for (const auto& bad : {std::pair(0.0, 3.0), std::pair(1.0, 3.0), std::pair(0.5, 0.0)})
     EXPECT_TRUE(wzmis(plotChiSquareQuantile(bad.first, bad.second))) << bad.first << " " << bad.second;
+}
+
+}  // namespace
+}  // namespace qvt
+
+namespace qvt {
+namespace {
+
+// The value axis must cover the data with a handful of ticks whatever the
+// range: flat ones, one within an ulp of its values (a constant series
+// back from a log, which once drew ticks forever), tiny and huge ones.
+TEST(PlotAxis, CoversTheRangeWithAFewTicks) {
+  using plotdetail::Axis;
+  using plotdetail::niceAxis;
+  const double lastBelow5 = std::nextafter(5.0, 0.0);
+  const struct { double lo, hi; } cases[] = {
+      {0, 1},       {3, 3},        {lastBelow5, 5}, {0, 0},      {-7, -7},
+      {1e-300, 2e-300}, {-1e300, 1e300}, {-0.5, 12.25}, {1e15, 1e15 + 2},
+  };
+  for (const auto& c : cases) {
+    const Axis a = niceAxis(c.lo, c.hi);
+    EXPECT_LE(a.lo, c.lo) << c.lo << " " << c.hi;
+    EXPECT_GE(a.hi, c.hi) << c.lo << " " << c.hi;
+    EXPECT_TRUE(a.ticks() >= 2 && a.ticks() <= 12) << c.lo << " " << c.hi << ": " << a.ticks();
+    EXPECT_NE(a.tick(0), a.tick(1)) << c.lo << " " << c.hi;
+  }
 }
 
 }  // namespace
