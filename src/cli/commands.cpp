@@ -120,7 +120,7 @@ int checkProgram(ProcessHost& host, const ProgramSource& src, std::ostream& out)
   for (StepRun& r : runs) {
     nlohmann::json j = stmtJson(r.records);
     if (r.rc == 0) r.rc = std::max(r.rc, resolveStep(host, r.records, j));
-    host.stepEnd(r.rc);
+    r.rc = host.stepEnd(r.rc);
     worst = std::max(worst, r.rc);
     all.push_back(std::move(j));
   }
@@ -138,7 +138,7 @@ int runProgram(ProcessHost& host, const ProgramSource& src) {
       // discarded by the step's return code.
       r.rc = hostRunStep(host, [&] { dovqvt(host, r.records); });
     } else {
-      host.stepEnd(r.rc);
+      r.rc = host.stepEnd(r.rc);
     }
     hostMsgLog(host, kMsgGroupCli, kMsgStepRc, {static_cast<long long>(line), static_cast<long long>(r.rc)});
     worst = std::max(worst, r.rc);

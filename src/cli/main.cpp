@@ -1,6 +1,7 @@
 // The qvt command: qvt run PROGRAM, qvt run -e TEXT, qvt check PROGRAM.
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -64,6 +65,10 @@ qvt::HostConfig hostConfig(const Common& c) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A reader that goes away (qvt run ... | head) must not kill the run: the
+  // listing's write fails instead, which is reported, and the data sets are
+  // still written.
+  std::signal(SIGPIPE, SIG_IGN);
   CLI::App app{"qvt: automatic time-series forecasting"};
   app.require_subcommand(1);
   app.set_version_flag("--version", "qvt 0.1");

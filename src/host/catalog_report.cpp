@@ -282,6 +282,7 @@ constexpr CatalogEntry kRows[] = {
     {900, 26, Error, "The HTML report {1} cannot be written: {2}."},
     {900, 27, Error, "The plot file {1} cannot be written: {2}."},
     {900, 28, Note, "--threads {1} has no effect: this version runs BY groups one after the other, on one thread."},
+    {900, 29, Error, "Writing the printed tables to {1} failed; the tables from there on are missing."},
 };
 
 }  // namespace

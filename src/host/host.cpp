@@ -67,7 +67,7 @@ int Host::spoolRead(SpoolHandle, void*, std::size_t) { return kHostUnsupported; 
 int Host::spoolPoint(SpoolHandle, long long) { return kHostUnsupported; }
 int Host::spoolClose(SpoolHandle, int) { return kHostUnsupported; }
 
-void Host::stepEnd(int) {}
+int Host::stepEnd(int rc) { return rc; }
 
 std::shared_ptr<void> Host::resGet(std::string_view name) const {
   const std::lock_guard<std::mutex> hold(resLock_);
@@ -148,8 +148,7 @@ int hostRunStep(Host& h, const std::function<void()>& body) {
     h.msgLog(kMsgGroupHost, kMsgInternal, a);
     rc = 2000;
   }
-  h.stepEnd(rc);
-  return rc;
+  return h.stepEnd(rc);
 }
 
 }  // namespace qvt

@@ -89,6 +89,11 @@ inline constexpr int kHostByOrder = -6;       // a record out of BY order
 inline constexpr int kHostNoInput = -7;       // no DATA= and no earlier output
 inline constexpr int kHostBadArgument = -8;   // a call the engine should never make
 inline constexpr int kHostNoMemory = -9;      // the memory budget is spent
+
+// The step's return code when the engine's work was done but one of its
+// outputs (a data set, a plot file, the report, the listing) could not be
+// written: above 4, so the run's exit status says that something is missing.
+inline constexpr int kRcOutputLost = 1024;
 inline constexpr int kHostSpoolFailed = -10;  // a spool write or read failed
 inline constexpr int kHostWrongState = -11;   // e.g. a definition after the first row
 // Spool read at the end of the file: the engine tests (result & 0x803FFFFF) == 0x801.
@@ -351,8 +356,9 @@ class Host {
 
   // The step ended with return code rc: outputs are renamed into place when
   // rc is below 1000 (only whole-step failures discard them), and pools,
-  // spools and data sets are released.
-  virtual void stepEnd(int rc);
+  // spools and data sets are released. Returns the step's final return code:
+  // rc, or kRcOutputLost when an output of the step could not be written.
+  virtual int stepEnd(int rc);
 
   // --- named resources ----------------------------------------------------
 

@@ -25,6 +25,7 @@ namespace {
 constexpr int kMsgCantListing = 25;  // (file, reason)
 constexpr int kMsgCantHtml = 26;     // (file, reason)
 constexpr int kMsgCantPlot = 27;     // (file, reason)
+constexpr int kMsgListingLost = 29;  // (file)
 }  // namespace
 
 ProcessHost::ProcessHost(HostConfig cfg)
@@ -78,6 +79,14 @@ int ProcessHost::init() {
     std::ofstream probe(cfg_.htmlFile, std::ios::out | std::ios::trunc);
     if (!probe) {
       hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
+      rc = kHostBadArgument;
+    }
+  }
+  if (!cfg_.plotsDir.empty()) {
+    // Checked here for the same reason: one message now, not one per plot.
+    std::error_code ec;
+    if (fs::exists(cfg_.plotsDir, ec) && !fs::is_directory(cfg_.plotsDir, ec)) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantPlot, {cfg_.plotsDir, std::string("it is not a folder")});
       rc = kHostBadArgument;
     }
   }
@@ -643,8 +652,11 @@ void ProcessHost::progress(long long seriesDone) {
   progressShownAt_ = now;
 }
 
-void ProcessHost::stepEnd(int rc) {
+int ProcessHost::stepEnd(int rc) {
   clearProgress();
+  // Whether an output is kept is decided by the engine's rc alone: one
+  // output that can't be written doesn't take the others with it.
+  const int engineRc = rc;
   // Inputs first: an open reader's lock on a database would stand in the
   // way of an output committed to the same database.
   std::erase_if(ds_, [](const auto& e) { return e.second->mode == DsMode::Input; });
@@ -657,19 +669,25 @@ void ProcessHost::stepEnd(int rc) {
       ds->writer->discard();
       continue;
     }
-    const bool keep = rc < 1000 && !ds->failed;
+    // A step that failed and wrote no record has nothing to say that an
+    // earlier file of the name doesn't say better.
+    bool keep = engineRc < 1000 && !ds->failed && (engineRc <= 4 || ds->writer->records() > 0);
     DsDiag d;
     if (keep && !ds->defined && ds->writer->begin(ds->vars, d) != 0) {
       logDiag(d);
       ds->failed = true;
+      keep = false;
     }
-    if (!keep || ds->failed) {
+    if (ds->failed) outputLost_ = true;
+    if (!keep) {
       ds->writer->discard();
+      if (outputLost_) rc = std::max(rc, kRcOutputLost);
       hostMsgLog(*this, kMsgGroupHost, kMsgDiscarded, {ds->loc.display, static_cast<long long>(rc)});
       continue;
     }
     if (ds->writer->commit(ds->label, d) != 0) {
       logDiag(d);
+      outputLost_ = true;
       continue;
     }
     hostMsgLog(*this, kMsgGroupHost, kMsgWritten,
@@ -692,9 +710,18 @@ void ProcessHost::stepEnd(int rc) {
   flushPlots();
   htmlEnter({});
   writeHtml();
+  if (!listing_->good() && !listingLost_) {
+    // Reported once: the stream stays failed for the rest of the run.
+    const std::string where = cfg_.listingFile.empty() ? std::string("standard output") : cfg_.listingFile;
+    hostMsgLog(*this, kMsgGroupHost, kMsgListingLost, {where});
+    listingLost_ = outputLost_ = true;
+  }
+  if (outputLost_) rc = std::max(rc, kRcOutputLost);
+  outputLost_ = false;
   lastFailure_ = 0;
   lastFailureDiag_ = DsDiag{};
   stepStart_ = std::chrono::steady_clock::now();  // the next step's clock
+  return rc;
 }
 
 // The plots of a series wait for its group's end, so that in the report
@@ -759,7 +786,10 @@ void ProcessHost::keepGraphs(const Table& t) {
     const std::string file = (fs::path(cfg_.plotsDir) / (base + ".svg")).string();
     std::ofstream f(file, std::ios::out | std::ios::trunc);
     f << svg;
-    if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantPlot, {file, std::string(std::strerror(errno))});
+    if (!f) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgCantPlot, {file, std::string(std::strerror(errno))});
+      outputLost_ = true;
+    }
   }
 }
 int ProcessHost::tableOpen(const TableHead& head, TableHandle* out) { return tables_.tableOpen(head, out); }
@@ -781,7 +811,10 @@ void ProcessHost::writeHtml() {
   f << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
        "<body>\n"
     << html_ << "</body>\n</html>\n";
-  if (!f) hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
+  if (!f) {
+    hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
+    outputLost_ = true;
+  }
 }
 
 }  // namespace qvt

@@ -133,7 +133,7 @@ class ProcessHost : public Host {
   int spoolClose(SpoolHandle sp, int mode) override;
 
   void progress(long long seriesDone) override;
-  void stepEnd(int rc) override;
+  int stepEnd(int rc) override;
 
   int groupOpen(std::string_view name, std::string_view var, std::string_view label) override;
   int groupClose() override;
@@ -216,6 +216,10 @@ class ProcessHost : public Host {
   long long spoolWrites_ = 0;
   long long rowWrites_ = 0;
   int lastFailure_ = 0;          // result code of the last failed spool or record call
+  // Set by each output of the step (data set, plot, report, listing) that
+  // could not be written; stepEnd then raises the step's rc to kRcOutputLost.
+  bool outputLost_ = false;
+  bool listingLost_ = false;
   std::chrono::steady_clock::time_point stepStart_ = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point progressShownAt_{};
   bool progressShown_ = false;

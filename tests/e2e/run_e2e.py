@@ -9,6 +9,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "exit": 0,                           # expected exit status
       "messages": [[743, 101], ...],       # (group, number) pairs that must appear in the jsonl log
       "absent": [[900, 12], ...],          # pairs that must not appear
+      "message_args": [[743, 7, [null, 10]], ...],  # some message of that number has these
+                                           # arguments (null: any), in order, as a prefix
       "outputs": {"out.csv": "expect/out.csv"},   # produced file -> expected file (CSV, compared cell by cell);
                                            # or -> {"expect": "expect/out.csv", "tolerance": 1e-3}
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
@@ -24,7 +26,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "fields": [{"step": 0, "record": 1, "field": 3, "value": 43}],  # qvt check: a field's value
       "bits": [{"step": 0, "record": 1, "set": [2]}],   # qvt check: exactly these flag bits are set
       "same_records": ["a.qvt", "b.qvt"],  # qvt check gives identical records for these programs
-      "tolerance": 1e-9                    # relative tolerance for numeric cells
+      "tolerance": 1e-9,                   # relative tolerance for numeric cells
+      "csv_only": "why"                    # not run again through SQLite (run_e2e_sqlite.py)
     }
 
 Expected numbers are worked out independently of qvt (by hand, or by a script
@@ -268,6 +271,10 @@ def run_case(qvt, case_dir):
         for g, n in spec.get("messages", []):
             if (g, n) not in seen:
                 errors.append(f"message {g}/{n} not in the log (saw {sorted(seen)})")
+        for g, n, want in spec.get("message_args", []):
+            args = [m.get("args", []) for m in msgs if (m.get("group"), m.get("number")) == (g, n)]
+            if not any(len(a) >= len(want) and all(w is None or w == v for w, v in zip(want, a)) for a in args):
+                errors.append(f"no message {g}/{n} with arguments {want} (saw {args})")
         for g, n in spec.get("absent", []):
             if (g, n) in seen:
                 errors.append(f"message {g}/{n} is in the log but must not be")

@@ -141,8 +141,7 @@ def sqlite_case(case_dir, folder):
     """The case copied, with its CSV-only expectation read for a database."""
     shutil.copytree(case_dir, folder)
     path = os.path.join(folder, "case.json")
-    with open(path, encoding="utf-8") as f:
-        spec = json.load(f)
+    spec = load_spec(folder)
     for key in ("messages", "absent"):
         spec[key] = [NO_TABLE if m == NO_FILE else m for m in spec.get(key, [])]
     with open(path, "w", encoding="utf-8") as f:
@@ -150,11 +149,17 @@ def sqlite_case(case_dir, folder):
     return folder
 
 
+def load_spec(case_dir):
+    with open(os.path.join(case_dir, "case.json"), encoding="utf-8") as f:
+        return json.load(f)
+
+
 def main():
     if len(sys.argv) > 1 and sys.argv[1] == "--as-qvt":
         return as_qvt(sys.argv[2:])
     a = run_e2e.arguments()
-    cases = run_e2e.find_cases(a.cases, a.only)
+    # A case about the CSV engine's files themselves says "csv_only" (why).
+    cases = [c for c in run_e2e.find_cases(a.cases, a.only) if "csv_only" not in load_spec(c)]
     with tempfile.TemporaryDirectory(prefix="qvt-e2e-sqlite-") as tmp:
         wrapper = os.path.join(tmp, "qvt")
         with open(wrapper, "w", encoding="utf-8") as f:
