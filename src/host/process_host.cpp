@@ -294,7 +294,9 @@ int ProcessHost::dsInfo(DsHandle h, DsFacts* out) const {
   f.label = ds->label;
   f.display = ds->loc.display;
   f.readable = ds->mode == DsMode::Input;
-  f.rid2n = false;  // records are numbered 1, 2, 3 ... as they are read
+  // The cursor counts every record it passes, also those of a BY group the
+  // engine gave up on, so messages cite the record's number in the file.
+  f.rid2n = ds->cursor != nullptr;
   *out = std::move(f);
   return 0;
 }
