@@ -127,7 +127,11 @@ int ByCursor::nextGroup(DsDiag& diag) {
     if (r < 0) return r;
     if (r == 0) break;
   }
-  if (!haveAhead_) return 0;
+  if (!haveAhead_) {
+    keyValid_ = false;
+    return 0;
+  }
+  keyValid_ = true;
   for (const ByVar& b : by_) {
     const auto i = static_cast<std::size_t>(b.varno - 1);
     key_.num[i] = ahead_.num[i];

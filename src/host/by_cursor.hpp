@@ -46,6 +46,10 @@ class ByCursor {
   const DsRow& key() const noexcept { return key_; }
   bool isByVar(std::size_t index) const noexcept;
   bool hasBy() const noexcept { return !by_.empty(); }
+  // The BY variables, and whether key() holds a group's values: from the
+  // start of the first group until the end of the data.
+  std::span<const ByVar> byVars() const noexcept { return by_; }
+  bool keyValid() const noexcept { return keyValid_; }
 
  private:
   int fetch(DsDiag& diag);  // reads the record ahead
@@ -63,6 +67,7 @@ class ByCursor {
   bool inGroup_ = false;  // a group is open and not yet at its end
   bool groups_ = false;   // without BY variables: the one group was given
   bool orderError_ = false;  // the record ahead is out of order
+  bool keyValid_ = false;
   DsDiag orderDiag_;
 };
 

@@ -1,14 +1,22 @@
 // Text and HTML renderings of a printed table.
 //
 // Listing layout (chosen here; the engine leaves the look to the host):
-//   the title; one line "Name: text" for each named value; a blank line;
-//   for a data table the column labels, a rule of dashes under each, and the
-//   rows; for a factoid table one line a fact, the labels padded to the
-//   longest; a blank line. A column is as wide as the widest of its width,
-//   its label and its cells, and two blanks separate columns. Numbers are
-//   right-aligned, texts left-aligned.
+//   the title; a line "Label: text" for each named value a reader needs (see
+//   kCaptions); a blank line; for a data table the column labels, a rule of
+//   dashes under each, and the rows; for a factoid table one line a fact,
+//   the labels padded to the longest; the footnote, if any; a blank line.
+//   A column is as wide as the widest of its width, its label and its cells,
+//   and two blanks separate columns. Numbers are right-aligned, texts
+//   left-aligned.
+//
+// Most named values are there for the plot templates (column names of the
+// first and last horizon, row counts, the series' name that the group
+// heading already shows); the printed table leaves them out.
 #include <algorithm>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "host/format.hpp"
 #include "host/output_layer.hpp"
@@ -35,6 +43,31 @@ std::string lineValue(const FactoidLine& l) {
   return trimmed(l.format.empty() ? renderFormat(v, "BEST", 12) : renderFormat(v, l.format));
 }
 
+// The named values a reader of a printed table needs, with their labels.
+constexpr std::pair<std::string_view, std::string_view> kCaptions[] = {
+    {"Model", "Model"},
+    {"Transform", "Transformation"},
+    {"SelectLabel", "Selection criterion"},
+    {"Base", "Base"},
+};
+
+std::string_view valueOf(const Table& t, std::string_view name) {
+  for (const TableValue& v : t.values)
+    if (v.name == name) return v.text;
+  return {};
+}
+
+// The caption lines (label, text) of a table: the named values above, and
+// the variable's label where it says more than its name.
+std::vector<std::pair<std::string_view, std::string_view>> captions(const Table& t) {
+  std::vector<std::pair<std::string_view, std::string_view>> out;
+  const std::string_view label = valueOf(t, "VariableLabel");
+  if (!label.empty() && label != valueOf(t, "Variable")) out.emplace_back("Label", label);
+  for (const auto& [name, shown] : kCaptions)
+    if (const std::string_view text = valueOf(t, name); !text.empty()) out.emplace_back(shown, text);
+  return out;
+}
+
 }  // namespace
 
 std::string renderCell(const TableCell& cell, const TableColumn& col) {
@@ -52,13 +85,15 @@ std::string renderCell(const TableCell& cell, const TableColumn& col) {
 
 std::string renderListing(const Table& t) {
   std::string out = t.head.title + "\n";
-  for (const TableValue& v : t.values) out += v.name + ": " + v.text + "\n";
+  for (const auto& [label, text] : captions(t)) out += std::string(label) + ": " + std::string(text) + "\n";
   out += "\n";
+  const std::string_view foot = valueOf(t, "FootMessage");
+  const std::string footLine = foot.empty() ? std::string() : std::string(foot) + "\n";
   if (t.head.kind == TableKind::Factoid) {
     std::size_t lw = 0;
     for (const FactoidLine& l : t.lines) lw = std::max(lw, l.label.size());
     for (const FactoidLine& l : t.lines) out += pad(l.label, lw, false) + "  " + lineValue(l) + "\n";
-    return out + "\n";
+    return out + footLine + "\n";
   }
   const std::size_t nc = t.cols.size();
   std::vector<std::vector<std::string>> cells(t.rows.size(), std::vector<std::string>(nc));
@@ -80,16 +115,15 @@ std::string renderListing(const Table& t) {
   out += line([&](std::size_t c) { return t.cols[c].label; });
   out += line([&](std::size_t c) { return std::string(w[c], '-'); });
   for (std::size_t r = 0; r < t.rows.size(); ++r) out += line([&](std::size_t c) { return cells[r][c]; });
-  return out + "\n";
+  return out + footLine + "\n";
 }
 
 std::string renderHtml(const Table& t) {
   std::string out = "<section class=\"table\" data-name=\"" + htmlEscape(t.head.name) + "\">\n<h2>" +
                     htmlEscape(t.head.title) + "</h2>\n";
-  if (!t.values.empty()) {
+  if (const auto lines = captions(t); !lines.empty()) {
     out += "<dl>";
-    for (const TableValue& v : t.values)
-      out += "<dt>" + htmlEscape(v.name) + "</dt><dd>" + htmlEscape(v.text) + "</dd>";
+    for (const auto& [label, text] : lines) out += "<dt>" + htmlEscape(label) + "</dt><dd>" + htmlEscape(text) + "</dd>";
     out += "</dl>\n";
   }
   out += "<table>\n";
@@ -108,7 +142,10 @@ std::string renderHtml(const Table& t) {
       out += "</tr>\n";
     }
   }
-  return out + "</table>\n</section>\n";
+  out += "</table>\n";
+  if (const std::string_view foot = valueOf(t, "FootMessage"); !foot.empty())
+    out += "<p class=\"foot\">" + htmlEscape(foot) + "</p>\n";
+  return out + "</section>\n";
 }
 
 std::string htmlEscape(std::string_view s) {

@@ -12,6 +12,7 @@
 
 #include "host/csv_engine.hpp"
 #include "host/dsname.hpp"
+#include "host/format.hpp"
 #include "host/host_msgs.hpp"
 #include "host/sqlite_engine.hpp"
 #include "run/missing.hpp"
@@ -26,6 +27,27 @@ constexpr int kMsgCantListing = 25;  // (file, reason)
 constexpr int kMsgCantHtml = 26;     // (file, reason)
 constexpr int kMsgCantPlot = 27;     // (file, reason)
 constexpr int kMsgListingLost = 29;  // (file)
+
+// The output group that stands for a BY group in the listing and the report.
+constexpr std::string_view kByGroupName = "ByGroup";
+
+// A BY value as a reader knows it: through the variable's format, a
+// special missing value as .A, a text without its trailing blanks.
+std::string shownValue(const DsRow& row, std::size_t i, const VarInfo& v) {
+  if (v.type == VarType::Character) {
+    std::string s = row.text[i];
+    while (!s.empty() && s.back() == ' ') s.pop_back();
+    return s;
+  }
+  const double x = row.num[i];
+  if (wzmis(x)) {
+    const char c = missCode(x);
+    return c == '.' || c == 0 ? std::string(".") : std::string(".") + c;
+  }
+  std::string s = v.format.empty() ? renderFormat(x, "BEST", 16) : renderFormat(x, v.format);
+  const auto b = s.find_first_not_of(' ');
+  return b == std::string::npos ? std::string() : s.substr(b, s.find_last_not_of(' ') - b + 1);
+}
 }  // namespace
 
 ProcessHost::ProcessHost(HostConfig cfg)
@@ -35,9 +57,11 @@ ProcessHost::ProcessHost(HostConfig cfg)
       listing_(cfg_.listingStream ? cfg_.listingStream : &std::cout),
       tables_([this](const Table& t) {
         if (!t.head.hidden) {
+          const std::vector<OutputGroup> path = withBy(t.groups);
+          listingEnter(path);
           *listing_ << renderListing(t) << std::flush;
           if (!cfg_.htmlFile.empty()) {
-            htmlEnter(t.groups);
+            htmlEnter(path);
             html_ += renderHtml(t);
           }
         }
@@ -712,6 +736,7 @@ int ProcessHost::stepEnd(int rc) {
   flushPlots();
   htmlEnter({});
   writeHtml();
+  listingGroups_.clear();
   if (!listing_->good() && !listingLost_) {
     // Reported once: the stream stays failed for the rest of the run.
     const std::string where = cfg_.listingFile.empty() ? std::string("standard output") : cfg_.listingFile;
@@ -754,6 +779,38 @@ void ProcessHost::htmlEnter(const std::vector<OutputGroup>& path) {
   htmlGroups_ = path;
 }
 
+// The listing shows a heading for each group it enters: the BY group's
+// values underlined with '=', a series' label with '-'.
+void ProcessHost::listingEnter(const std::vector<OutputGroup>& path) {
+  std::size_t common = 0;
+  while (common < listingGroups_.size() && common < path.size() &&
+         listingGroups_[common].name == path[common].name && listingGroups_[common].label == path[common].label)
+    ++common;
+  for (std::size_t i = common; i < path.size(); ++i) {
+    const char rule = path[i].name == kByGroupName ? '=' : '-';
+    *listing_ << path[i].label << '\n' << std::string(path[i].label.size(), rule) << "\n\n";
+  }
+  listingGroups_ = path;
+}
+
+std::vector<OutputGroup> ProcessHost::withBy(const std::vector<OutputGroup>& groups) const {
+  for (const auto& [id, ds] : ds_) {
+    const ByCursor* c = ds->mode == DsMode::Input ? ds->cursor.get() : nullptr;
+    if (!c || !c->hasBy() || !c->keyValid()) continue;
+    OutputGroup by{std::string(kByGroupName), {}, {}};
+    for (const ByVar& b : c->byVars()) {
+      const auto i = static_cast<std::size_t>(b.varno - 1);
+      const VarInfo& v = ds->vars[i];
+      by.var += (by.var.empty() ? "" : " ") + v.name;
+      by.label += (by.label.empty() ? "" : ", ") + v.name + "=" + shownValue(c->key(), i, v);
+    }
+    std::vector<OutputGroup> path{std::move(by)};
+    path.insert(path.end(), groups.begin(), groups.end());
+    return path;
+  }
+  return groups;
+}
+
 void ProcessHost::flushPlots() {
   for (const auto& [path, figure] : groupPlots_) {
     htmlEnter(path);
@@ -764,8 +821,8 @@ void ProcessHost::flushPlots() {
 int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return tables_.graphDraw(t, graph); }
 
 // Each graph goes to the report after the tables of its group, and to a
-// file of its own named by series and plot; a name met again (the same
-// series in another BY group) gets a number behind it.
+// file of its own named by BY values, series and plot; a name met again (the
+// same series in a later step) gets a number behind it.
 void ProcessHost::keepGraphs(const Table& t) {
   if (cfg_.htmlFile.empty() && cfg_.plotsDir.empty()) return;
   std::string series;
@@ -774,13 +831,22 @@ void ProcessHost::keepGraphs(const Table& t) {
   for (const PlotGraph& g : t.graphs) {
     const std::string svg = renderGraphSvg(t, g);
     if (svg.empty()) continue;
+    const std::vector<OutputGroup> path = withBy(g.groups);
     if (!cfg_.htmlFile.empty())
-      groupPlots_.emplace_back(g.groups,
-                               "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n");
+      groupPlots_.emplace_back(path, "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n");
     if (cfg_.plotsDir.empty()) continue;
-    std::string base = (series.empty() ? std::string("plot") : series) + "_" + g.name;
-    for (char& c : base)
-      if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_' && c != '-') c = '_';
+    const bool by = !path.empty() && path.front().name == kByGroupName;
+    std::string base = (by ? path.front().label + "_" : std::string()) +
+                       (series.empty() ? std::string("plot") : series) + "_" + g.name;
+    // Only letters, digits, '-' and single '_' ("region=east, year=2024"
+    // becomes region_east_year_2024).
+    std::string safe;
+    for (const char c : base) {
+      const bool keep = std::isalnum(static_cast<unsigned char>(c)) || c == '-';
+      if (keep) safe += c;
+      else if (safe.empty() || safe.back() != '_') safe += '_';
+    }
+    base = std::move(safe);
     const int seen = plotFiles_[base]++;
     if (seen > 0) base += "_" + std::to_string(seen + 1);
     std::error_code ec;

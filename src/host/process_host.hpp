@@ -229,10 +229,15 @@ class ProcessHost : public Host {
   std::ostream* listing_;
   std::string html_;  // the report's tables so far
   std::vector<OutputGroup> htmlGroups_;  // the group sections open at the end of html_
+  std::vector<OutputGroup> listingGroups_;  // the groups whose headings the listing has shown
   // The plots of the open output group, each with the groups it was drawn
   // in: they follow the group's tables in the report.
   std::vector<std::pair<std::vector<OutputGroup>, std::string>> groupPlots_;
   void htmlEnter(const std::vector<OutputGroup>& path);
+  void listingEnter(const std::vector<OutputGroup>& path);
+  // The groups of a table or plot with, outermost, the BY group of the
+  // step's input when there is one in hand ("region=east, year=2024").
+  std::vector<OutputGroup> withBy(const std::vector<OutputGroup>& groups) const;
   void flushPlots();
   std::map<std::string, int> plotFiles_;  // files written under plotsDir, by name
   void keepGraphs(const Table& t);

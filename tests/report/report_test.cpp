@@ -253,21 +253,25 @@ TEST_F(Fixture, FailedLayerCallEndsTheStep) {
 }
 
 // The listing of a small table, written from the layout rules: a column is
-// as wide as its width, label and cells; numbers right, texts left.
+// as wide as its width, label and cells; numbers right, texts left; of the
+// named values only those for a reader, under their labels, and the
+// footnote below the rows.
 TEST(Listing, GoldenText) {
   Table t;
   t.head.title = "T";
-  t.values = {{"Variable", "y"}};
+  t.values = {{"Variable", "y"}, {"Rows", "2"}, {"FootMessage", "Foot."}, {"Model", "Simple"},
+              {"VariableLabel", "Sales of y"}};
   t.cols = {{"P", "Parameter", ColType::Text, 3, kColFree, {}, {}},
             {"E", "Est", ColType::Double, 6, 2, {}, {}},
             {"N", "N", ColType::Long, 2, 0, {}, {}}};
   t.rows = {{std::string("Lv"), 0.126, 7.0}, {std::string("Trend"), kMissing, 12.0}};
   EXPECT_EQ(renderListing(t),
-            "T\nVariable: y\n\n"
+            "T\nLabel: Sales of y\nModel: Simple\n\n"
             "Parameter     Est   N\n"
             "---------  ------  --\n"
             "Lv           0.13   7\n"
-            "Trend           .  12\n\n");
+            "Trend           .  12\n"
+            "Foot.\n\n");
 }
 
 TEST(OutputLayer, CallOrderCodes) {
