@@ -34,10 +34,15 @@ std::string messageText(int group, int number, std::span<const MsgArg> args) {
 std::string logTextLine(int group, int number, std::span<const MsgArg> args) {
   std::string line(severityName(logSeverity(group, number)));
   line += ": ";
-  line += messageText(group, number, args);
-  // One message, one line: a line break inside an argument would split it.
-  for (char& c : line)
-    if (c == '\n' || c == '\r') c = ' ';
+  const std::string text = messageText(group, number, args);
+  // Every line after the first is indented, so that a line of the message
+  // (the program line under a syntax error and its caret, or a line break
+  // inside a data value) can't be read as a message of its own. The program
+  // line and its caret keep their alignment: both get the same indent.
+  for (const char c : text) {
+    if (c == '\n') line += "\n    ";
+    else line += c == '\r' ? ' ' : c;
+  }
   return line;
 }
 

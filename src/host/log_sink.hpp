@@ -15,7 +15,8 @@ enum class LogFormat : std::uint8_t { Text, Jsonl };
 // "NOTE", "WARNING" or "ERROR".
 std::string_view severityName(Severity s) noexcept;
 
-// The text line of a message, without the line end. A message that the
+// The text of a message, without the line end: one line, or more with every
+// line after the first indented by four blanks. A message that the
 // catalogue lacks is logged as an ERROR that names its group and number, so
 // that a missing row never hides a message. The place of a statement
 // message is the first argument of its text ("prog.qvt, line 6, column

@@ -28,9 +28,11 @@ TEST(Log, TextLines) {
   };
   const Case cases[] = {
       {900, 38, {std::string("x.csv")}, "NOTE: The file x.csv has a header but no records."},
-      {900, 36, {std::string("two\nlines.csv"), 4LL},
-       "ERROR: two lines.csv, line 4: a quoted field is not closed before the end of the "
+      {900, 36, {std::string("two\r\nlines.csv"), 4LL},
+       "ERROR: two \n    lines.csv, line 4: a quoted field is not closed before the end of the "
        "file. Add the closing double quote."},
+      {129, 5, {std::string("line 2, column 3"), std::string("x"), std::string("a 1x;\n  ^")},
+       "ERROR: line 2, column 3: x is not a valid number.\n    a 1x;\n      ^"},
       {999, 999, {1LL}, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
   };
   for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args), c.line);
