@@ -27,8 +27,13 @@ struct Common {
 };
 
 void addCommon(CLI::App* cmd, Common& c) {
+  // A repeatable option takes one value each time it is given, so that
+  // "qvt run --lib x=dir prog.qvt" leaves prog.qvt to be the program.
   cmd->add_option("--lib", c.libs, "Assign a library: NAME=DIR (CSV files) or NAME=sqlite:FILE.db")
-      ->type_name("NAME=PATH");
+      ->type_name("NAME=PATH")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   cmd->add_option("--log", c.log, "Write the log to FILE instead of standard error")->type_name("FILE");
   cmd->add_option("--log-format", c.logFormat, "Log lines as text or as JSON lines")
       ->check(CLI::IsMember({"text", "jsonl"}));
@@ -37,11 +42,22 @@ void addCommon(CLI::App* cmd, Common& c) {
   cmd->add_option("--html", c.html, "Write an HTML report with tables and plots to FILE")->type_name("FILE");
   cmd->add_option("--plots", c.plots, "Write each plot as an SVG file into DIR")->type_name("DIR");
   cmd->add_option("--option", c.options, "Host option, e.g. DEBUG=SYN or INTERVALDS=\"fiscal=cal.fiscal\"")
-      ->type_name("NAME=VALUE");
+      ->type_name("NAME=VALUE")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   cmd->add_option("--threads", c.threads, "Threads for BY groups (this version runs them on one thread)")
       ->check(CLI::Range(1, 1024));
   cmd->add_option("--memsize", c.memsize, "Memory budget in bytes (default: the available memory)")
-      ->type_name("BYTES");
+      ->type_name("BYTES")
+      ->check(CLI::Validator(
+          [](std::string& v) {
+            return !v.empty() && v.find_first_not_of("0123456789") == std::string::npos && v != "0" &&
+                           v.find_first_not_of('0') != std::string::npos
+                       ? std::string()
+                       : "give a whole number of bytes above 0, e.g. 500000000";
+          },
+          "BYTES", "bytes"));
   cmd->add_flag("--strict", c.strict, "Exit with status 1 when a warning was logged");
 }
 

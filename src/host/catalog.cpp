@@ -47,9 +47,12 @@ constexpr CatalogEntry kCatalog[] = {
     // --- group 882: time ID positioning ---
     // --- group 900: host layer ---
     {900, 1, Error, "Internal error of the host layer: {1}. Please report it with the program and data that caused it."},
+    {900, 8, Error, "The host option {1} is not known. The host options are DEBUG and INTERVALDS."},
+    {900, 9, Error, "The path {1} of the library {2} is a file, not a folder. Give a folder of CSV files, or {2}=sqlite:{1} if it is a SQLite database."},
     {900, 10, Error, "The data set name {1} is not valid. Write member, lib.member or a quoted file path."},
     {900, 11, Error, "The library {1} of the data set {2} is not assigned. Assign it with --lib {1}=DIR."},
     {900, 12, Error, "The data set {1} does not exist: there is no file {2}. Check the name and the --lib folder."},
+    {900, 13, Error, "The library {1} is assigned twice (--lib {2} and --lib {3}). Give each library one --lib."},
     {900, 14, Error, "The library {1} is of kind {2}, which qvt does not know. Assign a folder of CSV files (NAME=DIR) or a SQLite database (NAME=sqlite:FILE)."},
     {900, 15, Error, "The library assignment {1} is not valid. Write NAME=DIR or NAME=sqlite:FILE, with a name of letters, digits and underscores."},
     {900, 16, Error, "The file {1} cannot be opened for reading: {2}."},

@@ -8,10 +8,13 @@ inline constexpr int kMsgGroupHost = 900;
 
 enum HostMsg : int {
   kMsgInternal = 1,            // (what)
+  kMsgUnknownOption = 8,       // (name)
+  kMsgLibIsFile = 9,           // (path, lib)
   // data set names and libraries
   kMsgBadDsName = 10,          // (name)
   kMsgNoLibrary = 11,          // (lib, data set)
   kMsgNoDataSet = 12,          // (data set, file)
+  kMsgLibTwice = 13,           // (lib, first assignment, second assignment)
   kMsgLibraryKind = 14,        // (lib, kind)
   kMsgBadLibAssign = 15,         // (text)
   kMsgCantOpen = 16,           // (file, reason)

@@ -114,6 +114,7 @@ int ProcessHost::init() {
       rc = kHostBadArgument;
     }
   }
+  std::map<std::string, std::string> assigned;  // library -> the --lib that assigned it
   for (const std::string& arg : cfg_.libs) {
     const auto eq = arg.find('=');
     const std::string name = eq == std::string::npos ? std::string() : arg.substr(0, eq);
@@ -141,11 +142,18 @@ int ProcessHost::init() {
     } else {
       std::error_code ec;
       if (!fs::is_directory(value, ec)) {
-        hostMsgLog(*this, kMsgGroupHost, kMsgNoFolder, {value, lib.name});
+        if (fs::exists(value, ec)) hostMsgLog(*this, kMsgGroupHost, kMsgLibIsFile, {value, name});
+        else hostMsgLog(*this, kMsgGroupHost, kMsgNoFolder, {value, lib.name});
         rc = kHostBadArgument;
         continue;
       }
     }
+    if (const auto given = assigned.find(lib.name); given != assigned.end()) {
+      hostMsgLog(*this, kMsgGroupHost, kMsgLibTwice, {lib.name, given->second, arg});
+      rc = kHostBadArgument;
+      continue;
+    }
+    assigned[lib.name] = arg;
     libs_[lib.name] = lib;
   }
   for (const std::string& arg : cfg_.options) {
@@ -155,7 +163,13 @@ int ProcessHost::init() {
       rc = kHostBadArgument;
       continue;
     }
-    options_[upperAscii(arg.substr(0, eq))] = arg.substr(eq + 1);
+    const std::string name = upperAscii(arg.substr(0, eq));
+    if (name != "DEBUG" && name != "INTERVALDS") {
+      hostMsgLog(*this, kMsgGroupHost, kMsgUnknownOption, {arg.substr(0, eq)});
+      rc = kHostBadArgument;
+      continue;
+    }
+    options_[name] = arg.substr(eq + 1);
   }
   if (cfg_.threads > 1) hostMsgLog(*this, kMsgGroupHost, kMsgThreadsIgnored, {static_cast<long long>(cfg_.threads)});
   return rc;

@@ -67,14 +67,18 @@ TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
 TEST(Log, LogFileAndBadConfiguration) {
   testing::TempDir dir;
   std::ostringstream log;
+  dir.write("plain.csv", "x\n1\n");
   HostConfig cfg = testing::jsonlConfig(log, {"ok=" + dir.path(), "bad name=" + dir.path(),
-                                               "gone=" + dir.file("nope"), "noequals", "db=sqlite:" + dir.file("x.db")});
+                                               "gone=" + dir.file("nope"), "noequals", "db=sqlite:" + dir.file("x.db"),
+                                               "flat=" + dir.file("plain.csv"), "OK=" + dir.path()});
   cfg.logFile = dir.file("run.log");
-  cfg.options = {"debug=SYN SEM", "Intervalds=fiscal=cal.fiscal", "=x"};
+  cfg.options = {"debug=SYN SEM", "Intervalds=fiscal=cal.fiscal", "=x", "memsize=9"};
   ProcessHost h(cfg);
   EXPECT_EQ(h.init(), kHostBadArgument);
   EXPECT_TRUE(log.str().empty());  // everything went to the file
-  EXPECT_EQ(testing::hostNumbers(dir.read("run.log")), (std::vector<int>{15, 23, 15, 24}));
+  // Bad name, no folder, no '=', a file for a folder, a library given twice
+  // (names ignore case); an option without a name, one that isn't known.
+  EXPECT_EQ(testing::hostNumbers(dir.read("run.log")), (std::vector<int>{15, 23, 15, 9, 13, 24, 8}));
   EXPECT_EQ(hostOptionGet(h, "DEBUG").value_or(""), "SYN SEM");
   EXPECT_EQ(hostOptionGet(h, "intervalds").value_or(""), "fiscal=cal.fiscal");
   EXPECT_FALSE(hostOptionGet(h, "nothing").has_value());
