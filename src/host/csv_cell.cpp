@@ -3,7 +3,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "host/hostdate.hpp"
 #include "run/missing.hpp"
@@ -41,7 +43,16 @@ bool parseNumber(std::string_view s, double* value) noexcept {
   if (first >= s.size() || s[first] == 'n' || s[first] == 'N') return false;
   double v = 0;
   const auto r = std::from_chars(s.data(), s.data() + s.size(), v);
-  if (r.ec != std::errc() || r.ptr != s.data() + s.size()) return false;
+  if (r.ptr != s.data() + s.size()) return false;
+  if (r.ec == std::errc::result_out_of_range) {
+    // A number beyond the range of doubles reads as the nearest double, as
+    // strtod rounds it: 1e-400 as 0, 1e400 as infinity (an extreme value,
+    // which the series treat as missing). The syntax is from_chars' own,
+    // so strtod reads exactly these characters.
+    v = std::strtod(std::string(s).c_str(), nullptr);
+  } else if (r.ec != std::errc()) {
+    return false;
+  }
   *value = v;
   return true;
 }
