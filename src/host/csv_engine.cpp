@@ -378,12 +378,20 @@ int CsvWriter::commit(std::string_view label, DsDiag& d) {
   }
   // The data first: a reader that finds the new data with the old side file
   // still reads it (the side file only refines types); the reverse could not.
-  if (std::rename(tmp_.c_str(), loc_.path.c_str()) != 0 ||
-      std::rename(metaTmp_.c_str(), metaPath.c_str()) != 0) {
+  if (std::rename(tmp_.c_str(), loc_.path.c_str()) != 0) {
     d = diag(kMsgCantCommit, {loc_.display, loc_.path, errnoText()});
     return kHostIoError;
   }
   done_ = true;
+  if (std::rename(metaTmp_.c_str(), metaPath.c_str()) != 0) {
+    // The data is in place; an earlier side file left beside it would lay
+    // the old data's types and formats over the new columns.
+    const std::string why = errnoText();
+    std::remove(metaTmp_.c_str());
+    const bool stale = std::remove(metaPath.c_str()) != 0 && errno != ENOENT;
+    d = diag(stale ? kMsgCsvStaleMeta : kMsgCsvNoMeta, {loc_.display, metaPath, why}, Severity::Warning);
+    return 1;
+  }
   return 0;
 }
 

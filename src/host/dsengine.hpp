@@ -58,7 +58,8 @@ class DsWriter {
   // The variables, once, before the first record.
   virtual int begin(const std::vector<VarInfo>& vars, DsDiag& diag) = 0;
   virtual int append(const DsRow& row, DsDiag& diag) = 0;
-  // Puts the output in place under its name, with its label.
+  // Puts the output in place under its name, with its label: 0; 1 when the
+  // data is in place but diag has a warning to log; negative on failure.
   virtual int commit(std::string_view label, DsDiag& diag) = 0;
   virtual void discard() noexcept = 0;
   virtual long long records() const noexcept = 0;

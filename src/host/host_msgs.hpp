@@ -41,6 +41,8 @@ enum HostMsg : int {
   kMsgCsvReadFailed = 40,      // (file, reason)
   kMsgCsvWriteFailed = 41,     // (file, reason)
   kMsgCsvTurnedText = 42,      // (file, line, variable, cell, kind)
+  kMsgCsvNoMeta = 43,          // (data set, side file, reason)
+  kMsgCsvStaleMeta = 44,       // (data set, side file, reason)
   // BY groups and variables
   kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
   kMsgNoVariable = 51,         // (variable number, data set)

@@ -725,10 +725,12 @@ int ProcessHost::stepEnd(int rc) {
       hostMsgLog(*this, kMsgGroupHost, kMsgDiscarded, {ds->loc.display, static_cast<long long>(rc)});
       continue;
     }
-    if (ds->writer->commit(ds->label, d) != 0) {
+    if (const int c = ds->writer->commit(ds->label, d); c != 0) {
       logDiag(d);
-      outputLost_ = true;
-      continue;
+      if (c < 0) {
+        outputLost_ = true;
+        continue;
+      }
     }
     hostMsgLog(*this, kMsgGroupHost, kMsgWritten,
                {ds->loc.display, ds->writer->records(), static_cast<long long>(ds->vars.size())});
