@@ -1,11 +1,13 @@
 #include "host/csv_engine.hpp"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -297,7 +299,35 @@ std::string tempName(const std::string& path, unsigned serial) {
   return path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(serial);
 }
 
+// Temporary files of `path` and its side file that a killed run left behind
+// (interrupted, or killed by its reader going away): a name of tempName's
+// form whose process no longer exists. A process of that number that does
+// exist, ours or another's, keeps its files.
+void removeOrphans(const std::string& path) {
+  const fs::path target(path);
+  const fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
+  const std::string stems[] = {target.filename().string() + ".tmp-",
+                               fs::path(CsvEngine::metaPath(path)).filename().string() + ".tmp-"};
+  std::error_code ec;
+  for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+    const std::string name = it->path().filename().string();
+    for (const std::string& stem : stems) {
+      if (name.size() <= stem.size() || name.compare(0, stem.size(), stem) != 0) continue;
+      const std::string rest = name.substr(stem.size());  // PID-SERIAL
+      const auto dash = rest.find('-');
+      if (dash == 0 || dash == std::string::npos || rest.find_first_not_of("0123456789-") != std::string::npos)
+        continue;
+      const long pid = std::strtol(rest.substr(0, dash).c_str(), nullptr, 10);
+      if (pid > 0 && pid != ::getpid() && ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) {
+        std::error_code rm;
+        fs::remove(it->path(), rm);
+      }
+    }
+  }
+}
+
 int CsvWriter::open(DsDiag& d) {
+  removeOrphans(loc_.path);
   tmp_ = tempName(loc_.path, serial_);
   f_ = std::fopen(tmp_.c_str(), "wb");
   if (!f_) {
