@@ -85,6 +85,7 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 53, Error, "The output data set {1} can't take a new variable after its definitions ended."},
     {900, 54, Error, "The variable {1} of the data set {2} is {3}; it can't be bound to a cell of the other type."},
     {900, 55, Error, "The data set {1} is not open for {2}."},
+    {900, 56, Error, "The data set {1} is named by two outputs of this step; give each output a name of its own."},
     {900, 60, Warning, "The host option INTERVALDS={1} holds a pair that can't be read; the pairs after it are ignored. Write NAME=MEMBER or NAME=LIB.MEMBER, pairs separated by blanks or commas."},
     {900, 61, Error, "The calendar data set {1} of the custom interval {2} has no numeric variable BEGIN. Give it a variable BEGIN with the first date of each interval."},
     {900, 62, Error, "The calendar data set {1} of the custom interval {2} has no records. Give it one record for each interval."},

@@ -50,6 +50,7 @@ enum HostMsg : int {
   kMsgLateVariable = 53,       // (data set)
   kMsgCellType = 54,           // (variable, data set, type)
   kMsgNotOpenFor = 55,         // (data set, "input"/"output")
+  kMsgOutputTwice = 56,        // (data set)
   // memory
   kMsgOutOfMemory = 70,        // (bytes, budget)
   // spools

@@ -286,6 +286,17 @@ int ProcessHost::dsOpen(std::string_view name, DsMode mode, DsHandle* out) {
     ds->label = ds->reader->label();
     ds->cursor = std::make_unique<ByCursor>(*ds->reader, ds->loc.display);
   } else {
+    // Two outputs of one step under one name: the later would silently
+    // replace the earlier when the step ends.
+    for (const auto& [id, other] : ds_) {
+      const bool same = ds->loc.lib.empty() ? other->loc.path == ds->loc.path
+                                            : equalsNoCase(other->loc.lib, ds->loc.lib) &&
+                                                  equalsNoCase(other->loc.member, ds->loc.member);
+      if (other->mode == DsMode::Output && same) {
+        hostMsgLog(*this, kMsgGroupHost, kMsgOutputTwice, {ds->loc.display});
+        return kHostBadArgument;
+      }
+    }
     ds->writer = ds->engine->openWrite(ds->loc, d);
     if (!ds->writer) {
       logDiag(d);
