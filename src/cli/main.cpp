@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -103,6 +104,10 @@ int main(int argc, char** argv) {
   check->add_option("-e", checkText, "Program text given on the command line")->type_name("TEXT");
   addCommon(check, checkOpts);
 
+  if (argc > 1 && argv[1][0] != '-' && std::string_view(argv[1]) != "run" && std::string_view(argv[1]) != "check") {
+    std::cerr << "qvt: " << argv[1] << " is not a command; the commands are run and check (qvt --help).\n";
+    return qvt::cli::kExitUsage;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& e) {

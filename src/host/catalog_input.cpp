@@ -28,7 +28,7 @@ constexpr CatalogEntry kRows[] = {
     {743, 51, Warning, "No observation for the period {2}={3} ({1})."},
     {743, 52, Note, "The periods above have no observation for the interval {1} and are treated as missing values."},
     {743, 55, Error, "The time ID variable {1} has {2} values that fall into an interval {3} already taken, listed below; the BY group is skipped."},
-    {743, 56, Error, "Several observations for the period of {2}={3} ({1})."},
+    {743, 56, Error, "Several observations for the period of {2}={3}."},
     {743, 57, Error, "Give ACCUMULATE= to combine observations of one {1} interval, or remove the duplicate values of {2}."},
     // 882: time ID positions.
     {882, 1004, Error, "A time ID lies too far from the start of the series to be given a position: the count of intervals exceeds 2 to the 53rd. Check the time ID values and the interval of the ID statement."},
