@@ -231,6 +231,8 @@ int CsvReader::open(DsDiag& d, std::vector<DsDiag>& notes) {
     }
   }
   if (nobs_ == 0) notes.push_back(diag(kMsgCsvNoRecords, {file_}, Severity::Note));
+  if (sc_.blankLines() > 0)
+    notes.push_back(diag(kMsgCsvBlankLines, {file_, sc_.blankLines(), sc_.firstBlankLine()}, Severity::Note));
   // Second pass from the first record.
   if (sc_.rewind() != 0 || sc_.next() != 1) {
     d = diag(kMsgCsvReadFailed, {file_, sc_.ioError().empty() ? std::string("the file changed") : sc_.ioError()});

@@ -37,6 +37,7 @@ int CsvScanner::rewind() {
   eof_ = false;
   line_ = 0;
   nextLine_ = 1;
+  blanks_ = firstBlank_ = pendingBlanks_ = pendingFirst_ = 0;
   while (end_ < 3 && !eof_)
     if (refill() != 0) return kIoError;
   bom_ = end_ >= 3 && static_cast<unsigned char>(buf_[0]) == 0xEF &&
@@ -79,7 +80,12 @@ int CsvScanner::parseRecord() {
   const char* b = buf_.data();
   const std::size_t e = end_;
   std::size_t p = beg_;
-  // Blank lines.
+  // Blank lines. Each is consumed once (beg_ moves past it before a
+  // refill), so it is counted once.
+  const auto blank = [this] {
+    if (pendingBlanks_++ == 0) pendingFirst_ = nextLine_;
+    ++nextLine_;
+  };
   for (;;) {
     if (p == e) {
       beg_ = p;
@@ -88,7 +94,7 @@ int CsvScanner::parseRecord() {
     }
     if (b[p] == '\n') {
       ++p;
-      ++nextLine_;
+      blank();
     } else if (b[p] == '\r') {
       if (p + 1 == e) {
         if (!eof_) {
@@ -100,10 +106,15 @@ int CsvScanner::parseRecord() {
       }
       if (b[p + 1] != '\n') break;
       p += 2;
-      ++nextLine_;
+      blank();
     } else {
       break;
     }
+  }
+  if (pendingBlanks_ > 0) {
+    if (blanks_ == 0) firstBlank_ = pendingFirst_;
+    blanks_ += pendingBlanks_;
+    pendingBlanks_ = 0;
   }
   beg_ = p;
   spans_.clear();

@@ -40,6 +40,10 @@ class CsvScanner {
   int errorField() const noexcept { return errorField_; }
   const std::string& ioError() const noexcept { return ioError_; }
   bool hadBom() const noexcept { return bom_; }
+  // Blank lines skipped before records (not those at the end of the file),
+  // and the first of them; counted since open or rewind.
+  long long blankLines() const noexcept { return blanks_; }
+  long long firstBlankLine() const noexcept { return firstBlank_; }
 
  private:
   struct Span {
@@ -56,6 +60,8 @@ class CsvScanner {
   bool eof_ = false;
   bool bom_ = false;
   long long line_ = 0, nextLine_ = 1;
+  long long blanks_ = 0, firstBlank_ = 0;
+  long long pendingBlanks_ = 0, pendingFirst_ = 0;  // blank lines not yet followed by a record
   int errorField_ = 0;
   std::vector<Span> spans_;
   std::vector<std::string_view> fields_;

@@ -43,6 +43,7 @@ enum HostMsg : int {
   kMsgCsvTurnedText = 42,      // (file, line, variable, cell, kind)
   kMsgCsvNoMeta = 43,          // (data set, side file, reason)
   kMsgCsvStaleMeta = 44,       // (data set, side file, reason)
+  kMsgCsvBlankLines = 45,      // (file, count, first line)
   // BY groups and variables
   kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
   kMsgNoVariable = 51,         // (variable number, data set)

@@ -26,7 +26,7 @@ TEST(Corpus, EveryFileOpensToItsMessage) {
       {"after_quote", kHostDataError, {37}, 1, 2},     {"empty", kHostDataError, {30}, -1, 0},
       {"header_only", 0, {38}, -1, 0},                 {"bom_crlf", 0, {}, -1, 0},
       {"bad_meta", 0, {19}, -1, 0},                    {"meta_clash", kHostDataError, {39}, 1, 2},
-      {"turned_text", 0, {42, 42}, 1, 4},
+      {"turned_text", 0, {42, 42}, 1, 4},              {"blank_lines", 0, {45}, 2, 3},
       {"no_such_member", kHostNotFound, {12}, -1, 0}};
   std::set<std::string> files;
   for (const auto& e : std::filesystem::directory_iterator(kCorpus))

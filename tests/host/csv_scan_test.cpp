@@ -69,6 +69,28 @@ TEST(CsvScanLines, RecordsKnowTheirFirstLine) {
   EXPECT_EQ(lines, (std::vector<long long>{1, 2, 4, 7, 8}));
 }
 
+// Blank lines before a record are counted once whatever the buffer cuts;
+// those at the end of the file are not (they hide no record).
+TEST(CsvScanLines, BlankLinesBeforeRecordsAreCounted) {
+  const struct {
+    std::string bytes;
+    long long count, first;
+  } cases[] = {{"a\n\n1\r\n\r\n2\n\n", 2, 2}, {"\n\na\n1\n", 2, 1}, {"a\n1\n\n\n", 0, 0},
+               {"a\n" + std::string(30, '1') + "\n\n\n\n2", 3, 3}};
+  for (const auto& c : cases) {
+    for (const std::size_t buf : {16u, 17u, 19u, 64u}) {
+      testing::TempDir dir;
+      dir.write("f.csv", c.bytes);
+      CsvScanner sc(buf);
+      ASSERT_EQ(sc.open(dir.file("f.csv")), 0);
+      while (sc.next() == 1) {
+      }
+      EXPECT_EQ(sc.blankLines(), c.count) << c.bytes << " with buffer " << buf;
+      EXPECT_EQ(sc.firstBlankLine(), c.first) << c.bytes << " with buffer " << buf;
+    }
+  }
+}
+
 TEST(CsvScanLines, RewindReadsTheSameAgain) {
   testing::TempDir dir;
   dir.write("f.csv", "\xEF\xBB\xBFh\n1\n2\n");
