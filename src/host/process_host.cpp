@@ -60,6 +60,7 @@ ProcessHost::ProcessHost(HostConfig cfg)
           const std::vector<OutputGroup> path = withBy(t.groups);
           listingEnter(path);
           *listing_ << renderListing(t) << std::flush;
+          listingUsed_ = true;
           if (!cfg_.htmlFile.empty()) {
             htmlEnter(path);
             html_ += renderHtml(t);
@@ -764,12 +765,14 @@ int ProcessHost::stepEnd(int rc) {
   htmlEnter({});
   writeHtml();
   listingGroups_.clear();
-  if (!listing_->good() && !listingLost_) {
-    // Reported once: the stream stays failed for the rest of the run.
+  if (listingUsed_ && !listing_->good()) {
+    // Reported once, as the stream stays failed for the rest of the run;
+    // every step that printed into it has lost its tables.
     const std::string where = cfg_.listingFile.empty() ? std::string("standard output") : cfg_.listingFile;
-    hostMsgLog(*this, kMsgGroupHost, kMsgListingLost, {where});
+    if (!listingLost_) hostMsgLog(*this, kMsgGroupHost, kMsgListingLost, {where});
     listingLost_ = outputLost_ = true;
   }
+  listingUsed_ = false;
   if (outputLost_) rc = std::max(rc, kRcOutputLost);
   outputLost_ = false;
   lastFailure_ = 0;

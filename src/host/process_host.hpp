@@ -220,6 +220,7 @@ class ProcessHost : public Host {
   // could not be written; stepEnd then raises the step's rc to kRcOutputLost.
   bool outputLost_ = false;
   bool listingLost_ = false;
+  bool listingUsed_ = false;  // the step printed a table
   std::chrono::steady_clock::time_point stepStart_ = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point progressShownAt_{};
   bool progressShown_ = false;

@@ -130,3 +130,36 @@ TEST(Log, ProgressLineWaitsAndClearsBeforeALogLine) {
 
 }  // namespace
 }  // namespace qvt
+
+namespace qvt {
+namespace {
+
+// A listing that can't be written (its reader went away): each step that
+// printed into it ends with kRcOutputLost, the loss is logged once, and a
+// step that printed nothing ends as it would.
+TEST(Log, LostListingRaisesTheStepsThatPrinted) {
+  std::ostringstream log, listing;
+  listing.setstate(std::ios::badbit);
+  HostConfig cfg = testing::jsonlConfig(log, {});
+  cfg.listingStream = &listing;
+  ProcessHost h(cfg);
+  ASSERT_EQ(h.init(), 0);
+  const auto print = [&h] {
+    TableHandle t;
+    ASSERT_EQ(h.tableOpen(TableHead{"X", "Q.X", TableKind::Data, "x", ""}, &t), kHostOk);
+    ASSERT_EQ(h.tableColumn(t, TableColumn{"a", "A", ColType::Double, 8, 0, {}, {}}), kHostOk);
+    ASSERT_EQ(h.tableColumnsEnd(t), kHostOk);
+    const TableCell one[] = {1.0};
+    ASSERT_EQ(h.tableRow(t, one), kHostOk);
+    ASSERT_EQ(h.tableClose(t), kHostOk);
+  };
+  print();
+  EXPECT_EQ(h.stepEnd(0), kRcOutputLost);
+  print();
+  EXPECT_EQ(h.stepEnd(4), kRcOutputLost);
+  EXPECT_EQ(h.stepEnd(4), 4);
+  EXPECT_EQ(testing::hostNumbers(log.str()), (std::vector<int>{29}));
+}
+
+}  // namespace
+}  // namespace qvt
