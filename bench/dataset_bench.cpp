@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 
+#include "../tests/common/shared.hpp"
 #include "host/csv_engine.hpp"
 #include "host/sqlite_engine.hpp"
 
@@ -19,22 +20,6 @@ namespace {
 
 constexpr std::size_t kRows = 1'000'000;
 constexpr std::size_t kCols = 10;
-
-class ScratchDir {
- public:
-  ScratchDir() {
-    std::string t = (std::filesystem::temp_directory_path() / "qvt-dataset-bench-XXXXXX").string();
-    if (::mkdtemp(t.data())) path_ = t;
-  }
-  ~ScratchDir() {
-    std::error_code ec;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ec);
-  }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // The library of an engine: the folder for CSV, a database file in it for SQLite.
 std::string where(const qvt::DsEngine& eng, const std::string& dir) {
@@ -74,7 +59,7 @@ void counters(benchmark::State& state, std::uintmax_t bytes) {
 
 template <class Engine>
 void BM_Write(benchmark::State& state) {
-  ScratchDir dir;
+  qvt::testing::TempDir dir;
   Engine eng;
   std::uintmax_t bytes = 0;
   for (auto _ : state) {
@@ -86,7 +71,7 @@ void BM_Write(benchmark::State& state) {
 
 template <class Engine>
 void BM_Read(benchmark::State& state) {
-  ScratchDir dir;
+  qvt::testing::TempDir dir;
   Engine eng;
   const std::uintmax_t bytes = writeTable(eng, dir.path());
   if (bytes == 0) {

@@ -2,9 +2,9 @@
 // monthly series of 144 observations (12 seasons) and on 1000 observations.
 #include <benchmark/benchmark.h>
 
-#include <cmath>
-#include <random>
 #include <vector>
+
+#include "bench_series.hpp"
 
 #include "smoothing/esmfor.hpp"
 #include "smoothing/esmtypes.hpp"
@@ -13,21 +13,11 @@ namespace {
 
 using namespace qvt;
 
-// A positive monthly series: trend, a seasonal pattern and noise.
-std::vector<double> series(std::size_t n) {
-  std::mt19937_64 gen(7);
-  std::normal_distribution<double> nd;
-  std::vector<double> x(n);
-  for (std::size_t t = 0; t < n; ++t) {
-    const double season = 1.0 + 0.2 * std::sin(2.0 * 3.141592653589793 * static_cast<double>(t % 12) / 12.0);
-    x[t] = (200.0 + 0.5 * static_cast<double>(t)) * season + 3.0 * nd(gen);
-  }
-  return x;
-}
+std::vector<double> series(long n) { return benchSeries(n, 7); }
 
 void fitOnce(benchmark::State& state, int method) {
   const auto n = static_cast<long>(state.range(0));
-  const auto x = series(static_cast<std::size_t>(n));
+  const auto x = series(n);
   const INTERVAL none{};
   const bool seasonal = method == kEsmSeasonal || method == kEsmAddWinters ||
                         method == kEsmWinters || method == kEsmMultSeasonal;

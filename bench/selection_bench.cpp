@@ -4,9 +4,9 @@
 // over the six candidates of MODEL=BEST, with and without a hold-out.
 #include <benchmark/benchmark.h>
 
-#include <cmath>
-#include <random>
 #include <vector>
+
+#include "bench_series.hpp"
 
 #include "smoothing/esmbest.hpp"
 #include "stats/seastest.hpp"
@@ -15,17 +15,7 @@ namespace {
 
 using namespace qvt;
 
-// A positive monthly series: trend, a seasonal pattern and noise.
-std::vector<double> series(long n) {
-  std::mt19937_64 gen(11);
-  std::normal_distribution<double> nd;
-  std::vector<double> x(static_cast<std::size_t>(n));
-  for (long t = 0; t < n; ++t) {
-    const double season = 1.0 + 0.2 * std::sin(2.0 * 3.141592653589793 * static_cast<double>(t % 12) / 12.0);
-    x[static_cast<std::size_t>(t)] = (200.0 + 0.5 * static_cast<double>(t)) * season + 3.0 * nd(gen);
-  }
-  return x;
-}
+std::vector<double> series(long n) { return benchSeries(n, 11); }
 
 void BM_SeasonalityTest(benchmark::State& state) {
   const long n = state.range(0);

@@ -1,7 +1,6 @@
 // What every calendar test uses: the calendar routines, an interval read from
 // its text (a text the test relies on must parse), a date from year, month
-// and day, the two tables of independently worked values kept next to the
-// tests, and a Host that keeps the messages it is given.
+// and day, and the table of values worked by hand kept next to the tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,21 +8,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "../common/shared.hpp"
 #include "calendar/interval.hpp"
 #include "calendar/zfmt.hpp"
 #include "calendar/zidate.hpp"
 #include "calendar/zintcycle.hpp"
 #include "calendar/zintti.hpp"
-#include "host/catalog.hpp"
-#include "host/host.hpp"
 #include "host/hostdate.hpp"
-#include "run/missing.hpp"
 
 namespace qvt::testing {
 
@@ -94,46 +90,10 @@ inline std::vector<int> codes(const INTERVAL& i, double start, int scode, long n
   return v;
 }
 
-// date_oracle.csv: dates with the calendar facts Python's datetime gives
-// (gen_date_oracle.py writes it; its docstring names the columns).
-struct OracleRow {
-  double day;
-  int y, m, d, wday, yday, isoy, isow, isod, wu, ww, k;
-  double mstart, msame;
-};
-
-inline const std::vector<OracleRow>& dateOracle() {
-  static const std::vector<OracleRow> rows = [] {
-    std::vector<OracleRow> out;
-    std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/date_oracle.csv");
-    std::string line;
-    std::getline(in, line);  // header
-    while (std::getline(in, line)) {
-      std::replace(line.begin(), line.end(), ',', ' ');
-      std::istringstream s(line);
-      OracleRow r{};
-      s >> r.day >> r.y >> r.m >> r.d >> r.wday >> r.yday >> r.isoy >> r.isow >> r.isod >> r.wu >>
-          r.ww >> r.k >> r.mstart >> r.msame;
-      if (s) out.push_back(r);
-    }
-    return out;
-  }();
-  return rows;
-}
-
-// hand_cases.csv: values worked by hand from a calendar, one case a line,
-// "operation,field,...". A value is a date when it looks like 2000-01-31, a
+// A value field of hand_cases.csv: a date when it looks like 2000-01-31, a
 // datetime value when like 2000-01-31T13:05:00, the missing value when "."
 // (".A" and so on for the special ones), else a number.
-inline double value(const std::string& t) {
-  if (t == ".") return kMissing;
-  if (t.size() == 2 && t[0] == '.') return skMissVal(t[1]);
-  if (t.size() < 10 || t[4] != '-' || t[7] != '-') return std::stod(t);
-  const double day = ymd(std::stoi(t.substr(0, 4)), std::stoi(t.substr(5, 2)), std::stoi(t.substr(8, 2)));
-  if (t.size() == 10) return day;
-  return day * kDay + std::stoi(t.substr(11, 2)) * 3600.0 + std::stoi(t.substr(14, 2)) * 60.0 +
-         std::stoi(t.substr(17, 2));
-}
+inline double value(const std::string& t) { return caseValue(t); }
 
 // Both missing, or the same number.
 inline bool same(double got, double want) {
@@ -166,37 +126,15 @@ struct Case {
   std::string where() const { return "hand_cases.csv line " + std::to_string(line); }
 };
 
+// hand_cases.csv: values worked by hand from a calendar, one case a line,
+// "operation,field,...".
 inline std::vector<Case> handCases(const std::string& op) {
   std::vector<Case> out;
-  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/hand_cases.csv");
-  std::string line;
-  for (int n = 1; std::getline(in, line); ++n) {
-    if (line.empty() || line[0] == '#') continue;
-    Case c;
-    c.line = n;
-    std::size_t b = 0;
-    for (std::size_t e; (e = line.find(',', b)) != std::string::npos; b = e + 1)
-      c.f.push_back(line.substr(b, e - b));
-    c.f.push_back(line.substr(b));
-    if (c.f[0] == op) out.push_back(c);
-  }
+  for (auto& r : readRows("calendar/hand_cases.csv", ','))
+    if (r.f[0] == op) out.push_back(Case{std::move(r.f), r.line});
   EXPECT_FALSE(out.empty()) << "no cases for " << op;
   return out;
 }
 
-// A Host that keeps the messages it is given.
-class RecordingHost : public Host {
- public:
-  struct Logged {
-    int group;
-    int number;
-    std::vector<MsgArg> args;
-  };
-  std::vector<Logged> msgs;
-
-  void msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos*) override {
-    msgs.push_back(Logged{group, number, std::vector<MsgArg>(args.begin(), args.end())});
-  }
-};
 
 }  // namespace qvt::testing

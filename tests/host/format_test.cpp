@@ -53,7 +53,7 @@ TEST(Format, WeeksAgainstDatetimeOracle) {
     std::snprintf(buf, sizeof buf, "%04d-W%02d-%02d", y, w, d);
     return std::string(buf);
   };
-  const auto rows = testing::loadDateOracle();
+  const auto& rows = testing::dateOracle();
   ASSERT_GT(rows.size(), 3000u);
   for (const auto& r : rows) {
     ASSERT_EQ(renderFormat(r.day, "WEEKV", 11), text(r.isoy, r.isow, r.isod)) << r.day;

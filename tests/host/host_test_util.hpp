@@ -1,6 +1,6 @@
-// Helpers of the host tests: a temporary folder that removes itself, a host on
-// it with a JSON-lines log, data sets as columns in memory, and the loaders of
-// the tables of hand-worked values kept beside the tests.
+// Helpers of the host tests: a host on a temporary folder with a JSON-lines
+// log, data sets as columns in memory, and the loader of the tables of
+// hand-worked values kept beside the tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/shared.hpp"
 #include "host/format.hpp"
 #include "host/hostdate.hpp"
 #include "host/process_host.hpp"
@@ -29,37 +30,6 @@
 namespace qvt::testing {
 
 inline std::uint64_t bits(double x) { return std::bit_cast<std::uint64_t>(x); }
-
-class TempDir {
- public:
-  TempDir() {
-    std::string t = (std::filesystem::temp_directory_path() / "qvt-host-test-XXXXXX").string();
-    if (!::mkdtemp(t.data())) throw std::runtime_error("mkdtemp failed");
-    path_ = t;
-  }
-  ~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
-  }
-  const std::string& path() const { return path_; }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-  void write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(file(name), std::ios::binary | std::ios::trunc) << bytes;
-  }
-  std::string read(const std::string& name) const {
-    std::ifstream f(file(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(f), {}};
-  }
-  bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
-  std::vector<std::string> entries() const {
-    std::vector<std::string> r;
-    for (const auto& e : std::filesystem::directory_iterator(path_)) r.push_back(e.path().filename().string());
-    return r;
-  }
-
- private:
-  std::string path_;
-};
 
 // Every line of a JSON-lines log, parsed.
 inline std::vector<nlohmann::json> jsonLines(const std::string& log) {
@@ -215,61 +185,13 @@ inline void expectSame(const Table& got, const Table& want) {
   }
 }
 
-// A table of hand-worked cases beside the tests: one case a line, fields
-// split at '|', lines starting with '#' and blank lines skipped. The line
-// number of each row is its last field.
+// A table of hand-worked cases beside the tests, fields split at '|'; the
+// place of each row ("name:line") is its last field.
 inline std::vector<std::vector<std::string>> loadCases(const std::string& name) {
   std::vector<std::vector<std::string>> rows;
-  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/host/" + name);
-  EXPECT_TRUE(in) << name;
-  int n = 0;
-  for (std::string line; std::getline(in, line);) {
-    ++n;
-    if (line.empty() || line[0] == '#') continue;
-    std::vector<std::string> f;
-    std::size_t at = 0;
-    for (std::size_t bar; (bar = line.find('|', at)) != std::string::npos; at = bar + 1)
-      f.push_back(line.substr(at, bar - at));
-    f.push_back(line.substr(at));
-    f.push_back(name + ":" + std::to_string(n));
-    rows.push_back(std::move(f));
-  }
-  return rows;
-}
-
-// A value field of those tables: "." and ".A" to "._" are missing values,
-// 2020-01-01 a day, 2020-01-01T13:30:45.5 a datetime, anything else a C number.
-inline double caseValue(const std::string& s) {
-  if (s == ".") return kMissing;
-  if (s.size() == 2 && s[0] == '.' && !std::isdigit(static_cast<unsigned char>(s[1]))) return skMissVal(s[1]);
-  if (s.size() >= 10 && s[4] == '-' && s[7] == '-') {
-    const auto num = [&](std::size_t at, std::size_t n) { return std::stoi(s.substr(at, n)); };
-    const double day = hostMdyToDate(num(5, 2), num(8, 2), num(0, 4));
-    if (s.size() == 10) return day;
-    return day * 86400.0 + num(11, 2) * 3600 + num(14, 2) * 60 + std::stod(s.substr(17));
-  }
-  return std::strtod(s.c_str(), nullptr);
-}
-
-// tests/calendar/date_oracle.csv: dates with the calendar facts Python's
-// datetime gives (day from 1960-01-01; y, m, d; wday 1 Sunday; yday; ISO
-// year, week, day 1 Monday; strftime %U and %W).
-struct OracleRow {
-  double day;
-  int y, m, d, wday, yday, isoy, isow, isod, wu, ww;
-};
-
-inline std::vector<OracleRow> loadDateOracle() {
-  std::vector<OracleRow> rows;
-  std::ifstream in(std::string(QVT_SOURCE_DIR) + "/tests/calendar/date_oracle.csv");
-  std::string line;
-  std::getline(in, line);  // header
-  while (std::getline(in, line)) {
-    std::replace(line.begin(), line.end(), ',', ' ');
-    std::istringstream s(line);
-    OracleRow r{};
-    s >> r.day >> r.y >> r.m >> r.d >> r.wday >> r.yday >> r.isoy >> r.isow >> r.isod >> r.wu >> r.ww;
-    if (s) rows.push_back(r);
+  for (auto& r : readRows("host/" + name, '|')) {
+    r.f.push_back(name + ":" + std::to_string(r.line));
+    rows.push_back(std::move(r.f));
   }
   return rows;
 }

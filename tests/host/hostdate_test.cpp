@@ -4,7 +4,7 @@ namespace qvt {
 namespace {
 
 TEST(HostDateOracle, AgreesWithPythonDatetime) {
-  const auto rows = testing::loadDateOracle();
+  const auto& rows = testing::dateOracle();
   ASSERT_GT(rows.size(), 3000u);
   for (const auto& r : rows) {
     SCOPED_TRACE(::testing::Message() << r.y << '-' << r.m << '-' << r.d);

@@ -14,6 +14,7 @@
 #include <random>
 #include <vector>
 
+#include "../common/shared.hpp"
 #include "calendar/interval.hpp"
 #include "run/missing.hpp"
 #include "smoothing/esmdivide.hpp"
@@ -208,29 +209,18 @@ inline std::vector<double> simple(double alpha, std::size_t n, unsigned seed, do
   return simulate(kEsmSimple, &alpha, n, seed, State{level, 0, {}}, 0, 1.0);
 }
 
-// Least squares by the normal equations, solved by Gaussian elimination
-// with partial pivoting. X is row-major with p columns.
+// Least squares by the normal equations, solved by Gauss-Jordan elimination.
+// X is row-major with p columns.
 inline std::vector<double> ols(const std::vector<std::vector<double>>& X, const std::vector<double>& y) {
   const std::size_t p = X.front().size();
-  std::vector<std::vector<double>> a(p, std::vector<double>(p + 1, 0.0));
+  std::vector<testing::LRow> a(p, testing::LRow(p + 1, 0.0L));
   for (std::size_t r = 0; r < X.size(); ++r)
     for (std::size_t i = 0; i < p; ++i) {
       for (std::size_t j = 0; j < p; ++j) a[i][j] += X[r][i] * X[r][j];
       a[i][p] += X[r][i] * y[r];
     }
-  for (std::size_t c = 0; c < p; ++c) {
-    std::size_t piv = c;
-    for (std::size_t r = c + 1; r < p; ++r)
-      if (std::fabs(a[r][c]) > std::fabs(a[piv][c])) piv = r;
-    std::swap(a[c], a[piv]);
-    for (std::size_t r = 0; r < p; ++r) {
-      if (r == c) continue;
-      const double f = a[r][c] / a[c][c];
-      for (std::size_t j = c; j <= p; ++j) a[r][j] -= f * a[c][j];
-    }
-  }
-  std::vector<double> b(p);
-  for (std::size_t i = 0; i < p; ++i) b[i] = a[i][p] / a[i][i];
+  std::vector<double> b;
+  for (const auto& row : testing::gaussJordan(a)) b.push_back(static_cast<double>(row[0]));
   return b;
 }
 

@@ -1,5 +1,5 @@
 // Reference arithmetic for the stats tests: packing by rows of the lower
-// triangle, Gauss-Jordan elimination with partial pivoting in long double
+// triangle, the inverse by the shared Gauss-Jordan elimination in long double
 // (independent of the routines under test), and the comparison in digits of
 // agreement against a long double reference.
 #pragma once
@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "../common/shared.hpp"
 #include "run/missing.hpp"
 #include "stats/numeric.hpp"
 
@@ -31,7 +32,7 @@ inline void expectRel(double got, long double want, double rel, const char* what
 }
 
 using Dense = std::vector<std::vector<double>>;
-using LRow = std::vector<long double>;
+using testing::LRow;
 
 inline std::vector<double> pack(const Dense& m) {
   std::vector<double> p;
@@ -40,25 +41,7 @@ inline std::vector<double> pack(const Dense& m) {
   return p;
 }
 
-// Reduces the square left part of the rows to the identity; what is left on
-// the right is the solution (the inverse, when the right part started as I).
-inline std::vector<LRow> gaussJordan(std::vector<LRow> a) {
-  const std::size_t n = a.size();
-  for (std::size_t c = 0; c < n; ++c) {
-    std::size_t piv = c;
-    for (std::size_t r = c + 1; r < n; ++r)
-      if (std::fabs(a[r][c]) > std::fabs(a[piv][c])) piv = r;
-    std::swap(a[c], a[piv]);
-    const long double d = a[c][c];
-    for (auto& v : a[c]) v /= d;
-    for (std::size_t r = 0; r < n; ++r) {
-      const long double f = r == c ? 0.0L : a[r][c];
-      for (std::size_t k = 0; k < a[r].size(); ++k) a[r][k] -= f * a[c][k];
-    }
-  }
-  for (auto& row : a) row.erase(row.begin(), row.begin() + static_cast<long>(n));
-  return a;
-}
+using testing::gaussJordan;
 
 inline Dense inverse(const Dense& m) {
   const std::size_t n = m.size();
