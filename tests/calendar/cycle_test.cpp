@@ -198,8 +198,10 @@ TEST(CycleCodes, DummyRows) {
   double given = 0.25;  // a given part is used as it is
   zintscy(iv("WEEK"), 52, ymd(2003, 12, 28), 52, 0, row.data(), &given);
   EXPECT_DOUBLE_EQ(row[0], 0.25);
-  zintscy(iv("WEEK"), 0, 0, 1, 0, row.data(), nullptr);  // degenerate sizes write nothing
+  const std::vector<double> before = row;  // degenerate sizes write nothing
+  zintscy(iv("WEEK"), 0, 0, 1, 0, row.data(), nullptr);
   zintscy(iv("WEEK"), 0, 0, 0, 0, nullptr, nullptr);
+  EXPECT_EQ(row, before);
 }
 
 TEST(CycleCounts, WorkingDaysInYearsAndSemimonths) {

@@ -33,18 +33,6 @@ TEST(CsvCell, HandWorkedCells) {
   }
 }
 
-// The kinds of a column's cells join as a lattice: missing joins anything,
-// equal kinds stay, any two different kinds make text.
-TEST(CsvCell, JoinKindsIsALattice) {
-  using K = CellKind;
-  const K all[] = {K::Missing, K::Number, K::Date, K::DateTime, K::Time, K::Text};
-  for (const K a : all)
-    for (const K b : all) {
-      const K want = a == K::Missing ? b : b == K::Missing || a == b ? a : K::Text;
-      EXPECT_EQ(csvJoinKinds(a, b), want) << static_cast<int>(a) << " " << static_cast<int>(b);
-    }
-}
-
 TEST(CsvCell, FormatKinds) {
   const std::pair<const char*, CellKind> cases[] = {
       {"date7.", CellKind::Date}, {"DTWKDATX.", CellKind::DateTime}, {"HHMM5.", CellKind::Time},

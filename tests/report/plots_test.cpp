@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../common/shared.hpp"
 #include "host/plot_svg.hpp"
 #include "layer_host.hpp"
 #include "report/qvtg.hpp"
@@ -17,8 +18,8 @@ namespace {
 using testing::value;
 const std::string kInf = "\"(*ESC*){unicode '221e'x}\"";
 
-// Expected lists from a short Python script that applies the tick rules to
-// math.pi step by step (floats, "%5.3f", the label rule); pasted here.
+// Expected lists from oracle/plot_ticks.py, which applies the tick rules to
+// math.pi step by step (floats, "%5.3f", the label rule).
 TEST(PlotTicks, PeriodList) {
   const double pi = std::numbers::pi;
   const struct { long n; int seasonality; double maxfreq; const char* values; std::string labels; } cases[] = {
@@ -37,7 +38,7 @@ TEST(PlotTicks, PeriodList) {
       // Below the first tick with a season of 53 or more: unchanged.
       {100, 60, pi, "0.000 0.286 0.571 0.857 1.142 1.428 1.714 1.999 2.285 2.570 2.856 3.142",
        kInf + " \"22\" \"11\" \"7.3\" \"5.5\" \"4.4\" \"3.7\" \"3.1\" \"2.8\" \"2.4\" \"2.2\" \"2\""},
-      // Close below the upper neighbour: the upper one moves.
+      // Within 0.1 above the lower neighbour (1.999): the lower one moves.
       {30, 3, pi, "0.000 0.286 0.571 0.857 1.142 1.428 1.714 2.094 2.285 2.570 2.856 3.142",
        kInf + " \"22\" \"11\" \"7.3\" \"5.5\" \"4.4\" \"3.7\" \"3\" \"2.8\" \"2.4\" \"2.2\" \"2\""},
       // Below the last tick: the one before takes it and the last goes.
@@ -220,23 +221,15 @@ TEST(PlotStats, CorrelationsAgainstDirectFormulas) {
     for (std::size_t t = 0; t + k < x.size(); ++t) c[k] += (x[t] - mean) * (x[t + k] - mean);
   for (int k = 0; k <= p; ++k) EXPECT_NEAR(r[k], static_cast<double>(c[k] / c[0]), 1e-12) << k;
 
+  // The Yule-Walker equations of order k, solved directly; phi[j] for j >= 1.
   const auto yuleWalker = [&](int k) {
-    std::vector<std::vector<long double>> a(k, std::vector<long double>(k + 1));
+    std::vector<testing::LRow> a(k, testing::LRow(k + 1));
     for (int i = 0; i < k; ++i) {
       for (int j = 0; j < k; ++j) a[i][j] = r[std::abs(i - j)];
       a[i][k] = r[i + 1];
     }
-    for (int i = 0; i < k; ++i)
-      for (int j = i + 1; j < k; ++j) {
-        const long double f = a[j][i] / a[i][i];
-        for (int m = i; m <= k; ++m) a[j][m] -= f * a[i][m];
-      }
-    std::vector<long double> phi(k + 1, 0);
-    for (int i = k - 1; i >= 0; --i) {
-      long double v = a[i][k];
-      for (int j = i + 1; j < k; ++j) v -= a[i][j] * phi[j + 1];
-      phi[i + 1] = v / a[i][i];
-    }
+    std::vector<long double> phi(1, 0);
+    for (const auto& row : testing::gaussJordan(a)) phi.push_back(row[0]);
     return phi;
   };
   const std::vector<double> pacf = plotPacf(r);

@@ -115,40 +115,6 @@ TEST(Summation, LastForecastSumsAndLeadCells) {
   EXPECT_TRUE(wzmis(o.pred));
 }
 
-TEST(Summation, SumOfSimpleSmoothingForecastsAgainstTheDirectVariance) {
-  // SES forecasts are flat, so the sum of leads 1..3 is 3 times the last
-  // forecast. Its error variance, from the MA form e_k = sum_m psi_m a_(k-m)
-  // with psi_0 = 1, psi_m = w: Var = s2 * sum_{i,j=1..3} sum_{m<min(i,j)}
-  // psi_m psi_(m+|i-j|), written out directly here.
-  const std::vector<double> x = {12, 15, 11, 14, 16, 13, 17, 15, 18, 16, 19, 17};
-  const long n = long(x.size());
-  INTERVAL intv;
-  ASSERT_EQ(zintic(45, &intv), 0);
-  WINMODEL* esm = nullptr;
-  ASSERT_EQ(esmint(x.data(), n, &intv, 0.0, 0, 0, kModelSimple, -1, &esm), 0);
-  ASSERT_GE(esmfit(esm), 0);
-  Frame fr(x, n, 0, n, 3);
-  fr.f.use.code = kUsePredict;
-  std::vector<double> std(n + 3, M);
-  fr.fore.std = std.data();
-  ASSERT_EQ(esmprd(esm, x.data(), n, 0.0, 0, 0.05, 3, &fr.fore), 0);
-  fr.com.istmt.startsum = 1;
-  summation(&fr.com, esm, &fr.fore);
-  const double w = esm->parms.parms[0];
-  auto psi = [w](int m) { return m == 0 ? 1.0 : w; };
-  double v = 0;
-  for (int i = 1; i <= 3; ++i)
-    for (int j = 1; j <= 3; ++j)
-      for (int m = 0; m < std::min(i, j); ++m) v += psi(m) * psi(m + std::abs(i - j));
-  const double sd = std::sqrt(v * esm->pest.mse), z = 1.959963984540054;
-  const auto& o = fr.com.outsum;
-  EXPECT_NEAR(o.pred, 3 * fr.pred[n], 1e-12 * std::fabs(fr.pred[n]));
-  EXPECT_NEAR(o.std, sd, 1e-12 * sd);
-  EXPECT_NEAR(o.upper - o.pred, z * o.std, 1e-9);
-  EXPECT_NEAR(o.pred - o.lower, z * o.std, 1e-9);
-  esmtrm(esm);
-}
-
 TEST(Memory, DeficitEndsTheSeriesWithTheCodeOfTheStep) {
   for (const int nby : {0, 1}) {
     InputRun r("memsize=4096 nby=" + std::to_string(nby));

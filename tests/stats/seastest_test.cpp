@@ -104,8 +104,8 @@ TEST(SeasonalityHelpers, HandWorkedSeries) {
 }
 
 TEST(SeasonalityTest, Verdicts) {
-  // aic: the criteria and p-value that the answer is reached with, from an
-  // independent Python script (standard library only) that generates the
+  // aic: the criteria and p-value that the answer is reached with, from
+  // oracle/seastest_aic.py (standard library only), which generates the
   // same series, writes out every step's definition with the GLS by dense
   // matrices and Gauss-Jordan, and takes the F tail by Simpson's rule with
   // 800000 panels; missing entries are not written.
