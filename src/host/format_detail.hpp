@@ -41,6 +41,12 @@ Scientific scientific(const Decimal& d, int sig);
 // |result| >= 9e17, which keeps later products by 10^k within 63 bits.
 bool roundScaled(double x, int nd, long long* out);
 
+// floor(x * 10^nd) as a whole number, 0 <= nd <= 9, after x is first rounded
+// to 9 decimals, so that binary noise below a nanosecond (86399.99999999999
+// for the end of a day) does not take a clock reading back a unit; false as
+// for roundScaled.
+bool floorScaled(double x, int nd, long long* out);
+
 // `text` right-aligned in `width` characters, or `width` stars when longer.
 std::string fitRight(const std::string& text, int width);
 std::string stars(int width);

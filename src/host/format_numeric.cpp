@@ -204,6 +204,27 @@ bool roundScaled(double x, int nd, long long* out) {
   return true;
 }
 
+bool floorScaled(double x, int nd, long long* out) {
+  if (!std::isfinite(x) || nd < 0 || nd > 9) return false;
+  const Decimal d = toDecimal(x);
+  std::string n = roundedDigits(d, 9);
+  const auto drop = static_cast<std::size_t>(9 - nd);
+  bool cut = false;  // a nonzero digit was dropped
+  if (n.size() > drop) {
+    cut = !allZero(n.substr(n.size() - drop));
+    n.erase(n.size() - drop);
+  } else {
+    cut = !allZero(n);
+    n = "0";
+  }
+  if (d.neg && cut) increment(n);  // below zero, the floor is one further out
+  if (n.size() > 18 || (n.size() == 18 && n[0] >= '9')) return false;
+  long long v = 0;
+  for (char c : n) v = v * 10 + (c - '0');
+  *out = d.neg ? -v : v;
+  return true;
+}
+
 std::string stars(int width) { return std::string(static_cast<std::size_t>(std::max(width, 0)), '*'); }
 
 std::string fitRight(const std::string& text, int width) {

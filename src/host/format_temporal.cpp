@@ -37,10 +37,14 @@
 // before the first Sunday being week 00, day 1 = Sunday (C's %U); WEEKW
 // counts Monday-based weeks the same way, day 1 = Monday (C's %W).
 //
-// Rounding. A time shown to the second, minute or hour is rounded to it
-// (half away from zero) and the carry runs on into the date, so
-// 23:59:59.6 shown to the second is the next day's 00:00:00. A date alone
-// shows the day the value falls in (floor), never a rounded one.
+// Clock readings are cut, not rounded. A datetime or time shown to the
+// second, minute or hour (or to d decimals of them) shows the unit it falls
+// in, as a clock does: 13:30:45 to the minute is 13:30, and 23:59:59, the
+// end of an hourly period, is hour 23 of its own day, never 00 of the next.
+// A date alone likewise shows the day the value falls in. Only HOUR, a
+// number of hours with decimals, rounds (half away from zero). Values are
+// first taken to the nanosecond, so binary noise below it changes nothing;
+// a duration below zero is cut toward zero (-0.5 s to the second is 0:00:00).
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -235,18 +239,20 @@ std::string renderDateFamily(const Day& t, Family f, char variant, int width) {
   }
 }
 
-// A time value rounded to a unit of `unit` seconds with `nd` decimals of
-// that unit: whole units and the fraction digits. False when too large.
+// A time value in units of `unit` seconds with `nd` decimals of that unit,
+// cut (or, with `round`, rounded): whole units and the fraction digits.
+// False when too large.
 struct Rounded {
   bool neg = false;
   long long whole = 0;  // whole units, magnitude
   std::string frac;     // nd digits
 };
 
-bool roundTo(double x, double unit, int nd, Rounded* out) {
+bool roundTo(double x, double unit, int nd, Rounded* out, bool round = false) {
   if (!std::isfinite(x) || std::fabs(x) / unit > 1e15) return false;
   long long n = 0;
-  if (!roundScaled(std::fabs(x) / unit, nd, &n)) return false;
+  const double units = std::fabs(x) / unit;
+  if (!(round ? roundScaled(units, nd, &n) : floorScaled(units, nd, &n))) return false;
   long long scale = 1;
   for (int i = 0; i < nd; ++i) scale *= 10;
   out->neg = x < 0 && n != 0;
@@ -255,8 +261,8 @@ bool roundTo(double x, double unit, int nd, Rounded* out) {
   return true;
 }
 
-// A datetime rounded to `unit` seconds (1, 60 or 3600) with `nd` decimals of
-// a second: the day it lands in and the time of that day.
+// A datetime cut to `unit` seconds (1, 60 or 3600) with `nd` decimals of a
+// second: the day it falls in and the time of that day.
 struct Clock {
   Day day;
   int h = 0, m = 0, s = 0;
@@ -266,7 +272,7 @@ struct Clock {
 bool toClock(double x, double unit, int nd, Clock* out) {
   if (!std::isfinite(x) || std::fabs(x) > 1e13) return false;
   long long n = 0;
-  if (!roundScaled(x / unit, unit == 1.0 ? nd : 0, &n)) return false;
+  if (!floorScaled(x / unit, unit == 1.0 ? nd : 0, &n)) return false;
   long long scale = 1;
   if (unit == 1.0)
     for (int i = 0; i < nd; ++i) scale *= 10;
@@ -334,7 +340,7 @@ std::string renderTime(double x, Family f, int width, int decimals) {
   auto clock = [&](const Rounded& r, double unit, int parts) {
     const long long secs = r.whole * static_cast<long long>(unit);
     long long h = secs / 3600;
-    if (tod) h %= 24;  // 23:59:59.7 to the second is 00:00:00
+    if (tod) h %= 24;
     std::string t = (r.neg ? "-" : "") + pad(h, hourDigits);
     if (parts >= 2) t += ":" + pad(secs / 60 % 60, 2);
     if (parts >= 3) t += ":" + pad(secs % 60, 2);
@@ -379,7 +385,7 @@ std::string renderTime(double x, Family f, int width, int decimals) {
       break;
     case Family::Hour:
       for (int nd = std::max(decimals, 0); nd >= 0; --nd) {
-        if (!roundTo(x, 3600.0, nd, &r)) return stars(width);
+        if (!roundTo(x, 3600.0, nd, &r, true)) return stars(width);
         forms.push_back((r.neg ? "-" : "") + std::to_string(r.whole) + (nd > 0 ? "." + r.frac : ""));
       }
       break;
