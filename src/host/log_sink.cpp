@@ -31,7 +31,7 @@ std::string messageText(int group, int number, std::span<const MsgArg> args) {
 
 }  // namespace
 
-std::string logTextLine(int group, int number, std::span<const MsgArg> args) {
+std::string logTextLine(int group, int number, std::span<const MsgArg> args, std::string_view byGroup) {
   std::string line(severityName(logSeverity(group, number)));
   line += ": ";
   const std::string text = messageText(group, number, args);
@@ -43,10 +43,12 @@ std::string logTextLine(int group, int number, std::span<const MsgArg> args) {
     if (c == '\n') line += "\n    ";
     else line += c == '\r' ? ' ' : c;
   }
+  if (!byGroup.empty()) line.append(" (BY group ").append(byGroup).append(")");
   return line;
 }
 
-std::string logJsonLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
+std::string logJsonLine(int group, int number, std::span<const MsgArg> args, const SourcePos* at,
+                        std::string_view byGroup) {
   nlohmann::json j;
   j["group"] = group;
   j["number"] = number;
@@ -71,6 +73,7 @@ std::string logJsonLine(int group, int number, std::span<const MsgArg> args, con
     j["line"] = at->line;
     j["col"] = at->col;
   }
+  if (!byGroup.empty()) j["by"] = byGroup;
   // Invalid UTF-8 in an argument (a bad file name) is replaced, never thrown.
   return j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }

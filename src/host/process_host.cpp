@@ -184,11 +184,15 @@ int ProcessHost::exitStatus(int worstRc) const noexcept {
 
 // --- messages ---------------------------------------------------------------
 
+// A message given inside a BY group names the group: without it, a warning
+// about series "units" could be any group's.
 void ProcessHost::msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
   ++counts_[static_cast<int>(logSeverity(group, number))];
   clearProgress();
-  *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at)
-                                               : logTextLine(group, number, args))
+  std::string by, byVars;
+  byGroup(&by, &byVars);
+  *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at, by)
+                                               : logTextLine(group, number, args, by))
         << '\n';
   log_->flush();  // a killed run keeps every line it logged
 }
@@ -823,22 +827,29 @@ void ProcessHost::listingEnter(const std::vector<OutputGroup>& path) {
   listingGroups_ = path;
 }
 
-std::vector<OutputGroup> ProcessHost::withBy(const std::vector<OutputGroup>& groups) const {
+bool ProcessHost::byGroup(std::string* label, std::string* vars) const {
   for (const auto& [id, ds] : ds_) {
     const ByCursor* c = ds->mode == DsMode::Input ? ds->cursor.get() : nullptr;
     if (!c || !c->hasBy() || !c->keyValid()) continue;
-    OutputGroup by{std::string(kByGroupName), {}, {}};
+    label->clear();
+    vars->clear();
     for (const ByVar& b : c->byVars()) {
       const auto i = static_cast<std::size_t>(b.varno - 1);
       const VarInfo& v = ds->vars[i];
-      by.var += (by.var.empty() ? "" : " ") + v.name;
-      by.label += (by.label.empty() ? "" : ", ") + v.name + "=" + shownValue(c->key(), i, v);
+      *vars += (vars->empty() ? "" : " ") + v.name;
+      *label += (label->empty() ? "" : ", ") + v.name + "=" + shownValue(c->key(), i, v);
     }
-    std::vector<OutputGroup> path{std::move(by)};
-    path.insert(path.end(), groups.begin(), groups.end());
-    return path;
+    return true;
   }
-  return groups;
+  return false;
+}
+
+std::vector<OutputGroup> ProcessHost::withBy(const std::vector<OutputGroup>& groups) const {
+  OutputGroup by{std::string(kByGroupName), {}, {}};
+  if (!byGroup(&by.label, &by.var)) return groups;
+  std::vector<OutputGroup> path{std::move(by)};
+  path.insert(path.end(), groups.begin(), groups.end());
+  return path;
 }
 
 void ProcessHost::flushPlots() {

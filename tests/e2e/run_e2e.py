@@ -10,7 +10,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "messages": [[743, 101], ...],       # (group, number) pairs that must appear in the jsonl log
       "absent": [[900, 12], ...],          # pairs that must not appear
       "message_args": [[743, 7, [null, 10]], ...],  # some message of that number has these
-                                           # arguments (null: any), in order, as a prefix
+                                           # arguments (null: any), in order, as a prefix;
+                                           # a fourth element is the BY group it names ("g=b")
       "outputs": {"out.csv": "expect/out.csv"},   # produced file -> expected file (CSV, compared cell by cell);
                                            # or -> {"expect": "expect/out.csv", "tolerance": 1e-3}
       "stdout_json": "expect/check.json",  # stdout parsed as JSON equals this file
@@ -271,10 +272,11 @@ def run_case(qvt, case_dir):
         for g, n in spec.get("messages", []):
             if (g, n) not in seen:
                 errors.append(f"message {g}/{n} not in the log (saw {sorted(seen)})")
-        for g, n, want in spec.get("message_args", []):
-            args = [m.get("args", []) for m in msgs if (m.get("group"), m.get("number")) == (g, n)]
-            if not any(len(a) >= len(want) and all(w is None or w == v for w, v in zip(want, a)) for a in args):
-                errors.append(f"no message {g}/{n} with arguments {want} (saw {args})")
+        for g, n, want, *by in spec.get("message_args", []):
+            got = [(m.get("args", []), m.get("by")) for m in msgs if (m.get("group"), m.get("number")) == (g, n)]
+            if not any(len(a) >= len(want) and all(w is None or w == v for w, v in zip(want, a))
+                       and (not by or by[0] == b) for a, b in got):
+                errors.append(f"no message {g}/{n} with arguments {want} {by} (saw {got})")
         for g, n in spec.get("absent", []):
             if (g, n) in seen:
                 errors.append(f"message {g}/{n} is in the log but must not be")

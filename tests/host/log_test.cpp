@@ -18,6 +18,9 @@ TEST(Log, JsonLinesCarryGroupNumberSeverityAndArgs) {
   // Still JSON with invalid UTF-8 in an argument.
   const MsgArg bad[] = {std::string("bad\xFF.csv"), std::string("x")};
   EXPECT_EQ(nlohmann::json::parse(logJsonLine(900, 16, bad, nullptr)).at("number"), 16);
+  // Inside a BY group the line names it; outside, there is no "by" at all.
+  EXPECT_EQ(nlohmann::json::parse(logJsonLine(900, 16, bad, nullptr, "g=b, s=1")).at("by"), "g=b, s=1");
+  EXPECT_FALSE(nlohmann::json::parse(logJsonLine(900, 16, bad, nullptr)).contains("by"));
 }
 
 TEST(Log, TextLines) {
@@ -25,6 +28,7 @@ TEST(Log, TextLines) {
     int group, number;
     std::vector<MsgArg> args;
     const char* line;
+    const char* by = "";
   };
   const Case cases[] = {
       {900, 38, {std::string("x.csv")}, "NOTE: The file x.csv has a header but no records."},
@@ -34,8 +38,10 @@ TEST(Log, TextLines) {
       {129, 5, {std::string("line 2, column 3"), std::string("x"), std::string("a 1x;\n  ^")},
        "ERROR: line 2, column 3: x is not a valid number.\n    a 1x;\n      ^"},
       {999, 999, {1LL}, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
+      {900, 38, {std::string("x.csv")}, "NOTE: The file x.csv has a header but no records. (BY group g=b, s=1)",
+       "g=b, s=1"},
   };
-  for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args), c.line);
+  for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args, c.by), c.line);
 }
 
 TEST(Log, HostCountsSeveritiesAndStrictExitStatus) {
