@@ -329,7 +329,11 @@ class Parser {
     std::size_t del = 0;
     int kw = -1;
     bool checked = false;  // the tokens behind it parse
+    int edits = 0;         // of a misspelled keyword: letters changed to reach it
   };
+  // The edits of a repair without a misspelled keyword: at the same cost, a
+  // keyword that the word is a misspelling of is preferred.
+  static constexpr int kNoSpelling = 1000;
 
   // Tokens checked behind a repair before it is preferred: a repair that
   // only moves the error one token on is no repair.
@@ -397,11 +401,14 @@ class Parser {
     // Least cost first among the repairs behind which the statement goes
     // on; the cheapest of all when none does.
     Candidate best;
-    auto consider = [&](long cost, std::size_t d, int kw) {
+    // Between keywords that repair at the same cost, the closest spelling
+    // wins: RMSEE is RMSE (one letter), not MSE (two).
+    auto consider = [&](long cost, std::size_t d, int kw, int edits) {
       if (cost > kMaxRepairCost) return;
       const bool ok = check(start + d, kw);
-      if ((ok && !best.checked) || (ok == best.checked && cost < best.cost))
-        best = Candidate{static_cast<int>(cost), d, kw, ok};
+      if ((ok && !best.checked) ||
+          (ok == best.checked && (cost < best.cost || (cost == best.cost && edits < best.edits))))
+        best = Candidate{static_cast<int>(cost), d, kw, ok, edits};
     };
     long del = 0;
     for (std::size_t d = 0;; ++d) {
@@ -412,16 +419,17 @@ class Parser {
         const int limit = w.size() <= 4 ? 1 : 2;
         const auto names = keywordNames();
         for (int k = 0; k < static_cast<int>(names.size()); ++k) {
-          if (k == t->kw || editDistance(w, names[static_cast<std::size_t>(k)], limit) > limit) continue;
+          const int edits = k == t->kw ? limit + 1 : editDistance(w, names[static_cast<std::size_t>(k)], limit);
+          if (edits > limit) continue;
           const int term = kwTerm(k);
           const Plan p = plan(stack_, &term, 1);
-          consider(del + deleteCost(t->cls, t->kw >= 0) + g_.insCost(term) + p.cost, d, k);
+          consider(del + deleteCost(t->cls, t->kw >= 0) + g_.insCost(term) + p.cost, d, k, edits);
         }
       }
       int terms[2];
       const int nt = termsOf(t, terms);
       const Plan p = plan(stack_, terms, nt);
-      consider(del + p.cost, d, -1);
+      consider(del + p.cost, d, -1, kNoSpelling);
       if (!t) break;
       del += deleteCost(t->cls, t->kw >= 0);
       if (del > kMaxRepairCost) break;

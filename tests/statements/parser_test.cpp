@@ -61,6 +61,11 @@ const RepairCase kRepairs[] = {
     // One transposition from LEAD: read as LEAD (cost 50 + 10) and the value kept.
     {"qvt laed=6; forecast x / model=simpl;", {kMsgMisspelled, kMsgMisspelled}, 2, 0,
      "qvt lead=6; forecast x / model=simple;"},
+    // One extra letter: the keyword one edit away, not an earlier one two
+    // edits away at the same cost (RMSEE is RMSE, not MSE; BESTAL is BESTALL).
+    {"qvt; forecast x / criterion=rmsee model=bestal;", {kMsgMisspelled, kMsgMisspelled}, 1, 0,
+     "qvt; forecast x / criterion=rmse model=bestall;"},
+    {"qvt; forecast x / criterion=aicc2;", {kMsgMisspelled}, 1, 0, "qvt; forecast x / criterion=aicc;"},
     // The end of the text in place of ';': insert ';' (cost 10).
     {"qvt lead=5", {kMsgSyntax, kMsgRepaired}, 1, 0, "qvt lead=5;"},
     // A value is missing: insert an INT (cost 2); no value is stored, the option behind it is read.
