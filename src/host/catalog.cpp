@@ -38,7 +38,7 @@ constexpr CatalogEntry kCatalog[] = {
     {129, 40, Error, "{1}: the variable {2} is not in the input data set."},
     {129, 41, Error, "{1}: {2} and {3} don't form a numbered range: both need the same prefix followed by a number."},
     {129, 42, Error, "{1}: the range {2} is empty: {3} comes after {4}."},
-    {129, 43, Error, "{1}: the variable {2} is character; a numeric variable is needed here. A CSV column is numeric when each of its cells is a number, a missing value (empty or .), or an ISO date, datetime or time such as 2024-03-31."},
+    {129, 43, Error, "{1}: the variable {2} is character; a numeric variable is needed here. A CSV column is numeric when each of its cells is a number, a missing value (empty or .), or an ISO date, datetime or time such as 2024-03-31; a SQLite column when it is not declared TEXT (declare a column of ISO dates or datetimes DATE or DATETIME)."},
     {129, 44, Error, "{1}: no variable begins with {2}."},
     {129, 45, Warning, "{1}: the list element {2} names no variable of the type needed here."},
     // --- group 743: procedure ---
