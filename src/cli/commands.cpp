@@ -1,6 +1,8 @@
 #include "cli/commands.hpp"
 
 #include <algorithm>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <ostream>
@@ -98,9 +100,20 @@ int resolveStep(ProcessHost& host, const PROCSTR& p, nlohmann::json& j) {
 
 int loadProgram(ProcessHost& host, ProgramSource& src) {
   if (src.file.empty()) return 0;
+  std::error_code ec;
+  const auto kind = std::filesystem::status(src.file, ec).type();
+  if (kind == std::filesystem::file_type::not_found) {
+    hostMsgLog(host, kMsgGroupCli, kMsgCantReadProgram, {src.file, std::string("there is no such file")});
+    return 2000;
+  }
+  if (kind == std::filesystem::file_type::directory) {
+    hostMsgLog(host, kMsgGroupCli, kMsgCantReadProgram, {src.file, std::string("it is a folder")});
+    return 2000;
+  }
   std::ifstream in(src.file, std::ios::binary);
   if (!in) {
-    hostMsgLog(host, kMsgGroupCli, kMsgCantReadProgram, {src.file, std::string("it cannot be opened")});
+    hostMsgLog(host, kMsgGroupCli, kMsgCantReadProgram,
+               {src.file, std::string("it cannot be opened (") + std::strerror(errno) + ")"});
     return 2000;
   }
   std::ostringstream ss;

@@ -132,7 +132,8 @@ int main(int argc, char** argv) {
   if (host.init() != qvt::kHostOk) return qvt::cli::kExitUsage;
 
   qvt::cli::ProgramSource src{file, text};
-  int rc = qvt::cli::loadProgram(host, src);
-  if (rc == 0) rc = isRun ? qvt::cli::runProgram(host, src) : qvt::cli::checkProgram(host, src, std::cout);
+  // A program file that can't be read is a mistake on the command line.
+  if (qvt::cli::loadProgram(host, src) != 0) return qvt::cli::kExitUsage;
+  const int rc = isRun ? qvt::cli::runProgram(host, src) : qvt::cli::checkProgram(host, src, std::cout);
   return host.exitStatus(rc);
 }
