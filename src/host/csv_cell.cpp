@@ -139,6 +139,16 @@ CellKind classifyIso(std::string_view s, double* value) noexcept {
 
 }  // namespace
 
+bool csvLooksLikeDate(std::string_view cell) noexcept {
+  const std::string_view s = trim(cell);
+  std::size_t y = 0;
+  while (y < s.size() && isDigit(s[y])) ++y;
+  if (y < 4 || y > 5 || y + 6 > s.size() || s[y] != '-' || s[y + 3] != '-') return false;
+  for (const std::size_t k : {y + 1, y + 2, y + 4, y + 5})
+    if (!isDigit(s[k])) return false;
+  return s.size() == y + 6 || s[y + 6] == 'T' || s[y + 6] == ' ';
+}
+
 CellKind csvClassify(std::string_view cell, double* value) noexcept {
   const std::string_view s = trim(cell);
   double v = 0;

@@ -44,6 +44,12 @@ constexpr const char* kindName(CellKind k) {
 // The kind of a cell and, for every kind but Text, its value.
 CellKind csvClassify(std::string_view cell, double* value) noexcept;
 
+// Whether a cell has the form of an ISO date, alone or starting a datetime
+// ("2021-02-29", "1581-12-31T08:00"), whatever its digits: a cell of this
+// form that csvClassify calls text names a day that does not exist or lies
+// outside the calendar's range, which deserves its own word to the user.
+bool csvLooksLikeDate(std::string_view cell) noexcept;
+
 // Reads a cell of a column whose kind is known (Number, Date, DateTime or
 // Time): true with the value when the cell is missing, of that kind, or a
 // plain number (the raw value of a date that has no ISO form).

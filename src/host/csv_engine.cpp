@@ -202,11 +202,15 @@ int CsvReader::open(DsDiag& d, std::vector<DsDiag>& notes) {
         }
       } else if (kinds_[i] != CellKind::Text) {
         const CellKind before = kinds_[i];
-        kinds_[i] = csvJoinKinds(before, csvClassify(c, &v));
+        const CellKind cell = csvClassify(c, &v);
+        kinds_[i] = csvJoinKinds(before, cell);
         // A column of numbers or dates turned character by one cell is
         // mostly a typing slip; say which cell, as the variable is refused
-        // later only by its type.
-        if (kinds_[i] == CellKind::Text && before != CellKind::Missing)
+        // later only by its type. A cell of the form of a date that is no
+        // day of the calendar is named even as the column's first value.
+        if (cell == CellKind::Text && csvLooksLikeDate(c))
+          notes.push_back(diag(kMsgCsvNotADate, {file_, sc_.line(), vars_[i].name, std::string(c)}, Severity::Note));
+        else if (kinds_[i] == CellKind::Text && before != CellKind::Missing)
           notes.push_back(diag(kMsgCsvTurnedText, {file_, sc_.line(), vars_[i].name, std::string(c),
                                                    std::string(kindName(before))},
                                Severity::Note));

@@ -44,6 +44,7 @@ enum HostMsg : int {
   kMsgCsvNoMeta = 43,          // (data set, side file, reason)
   kMsgCsvStaleMeta = 44,       // (data set, side file, reason)
   kMsgCsvBlankLines = 45,      // (file, count, first line)
+  kMsgCsvNotADate = 46,        // (file, line, variable, cell)
   // BY groups and variables
   kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
   kMsgNoVariable = 51,         // (variable number, data set)
