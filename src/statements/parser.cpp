@@ -304,19 +304,18 @@ class Parser {
     for (auto it = stack_.rbegin(); it != stack_.rend(); ++it) {
       if (it->kind == SymKind::Action) continue;
       if (it->kind == SymKind::Terminal) return g_.termName(it->id);
-      std::string s;
-      int shown = 0, more = 0;
+      // "A, B or C"; past twelve, "A, B, ... L or 9 more".
+      std::vector<std::string> names;
+      int more = 0;
       for (int t = 1; t < g_.nterms; ++t) {
         if (g_.cell(it->id, t) < 0) continue;
-        if (shown >= 12) {
-          ++more;
-          continue;
-        }
-        if (!s.empty()) s += ", ";
-        s += g_.termName(t);
-        ++shown;
+        if (names.size() < 12) names.emplace_back(g_.termName(t));
+        else ++more;
       }
-      if (more > 0) s += " or " + std::to_string(more) + " more";
+      if (more > 0) names.push_back(std::to_string(more) + " more");
+      std::string s;
+      for (std::size_t k = 0; k < names.size(); ++k)
+        s += (k == 0 ? "" : k + 1 == names.size() ? " or " : ", ") + names[k];
       return s;
     }
     return "nothing";

@@ -124,6 +124,14 @@ TEST(Repair, ErrorNamesFileLineColumnAndShowsTheLine) {
   EXPECT_NE(r.h.text(0).find("prog.qvt, line 2, column 22"), std::string::npos) << r.h.text(0);
   const std::string shown = "  forecast x / alpha=;\n                     ^";
   EXPECT_NE(r.h.text(0).find(shown), std::string::npos) << r.h.text(0);
+  // What was expected reads as a list: "A or B", and past twelve "A, ... L or N more".
+  for (const auto& [text, expected] : {std::pair{"qvt; id t interval=3;", "expected a name or a format."},
+                                       std::pair{"qvt; forecast x / model=7;", "MULTSEASONAL or 5 more."}}) {
+    Parsed e(text);
+    ASSERT_FALSE(e.h.msgs.empty()) << text;
+    const std::string t = e.h.text(0);
+    EXPECT_NE(t.find(expected), std::string::npos) << t;
+  }
 }
 
 nlohmann::json render(const std::string& text) {
