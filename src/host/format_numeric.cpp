@@ -319,9 +319,10 @@ std::string renderPercent(double x, int width, int decimals) {
 
 std::string renderPvalue(double x, int width, int decimals) {
   const int nd = decimals >= 0 ? decimals : std::max(0, std::min(4, width - 2));
-  // 0 < x < 10^-nd, decided on the decimal digits: 0.ddd x 10^exp < 10^-nd
-  // exactly when exp <= -nd.
-  if (nd > 0 && x > 0.0 && std::isfinite(x) && toDecimal(x).exp <= -nd) {
+  // 0 <= x < 10^-nd, decided on the decimal digits: 0.ddd x 10^exp < 10^-nd
+  // exactly when exp <= -nd. A probability of exactly 0 is one that
+  // underflowed, so it reads "<.0001" like its neighbours, not "0.0000".
+  if (nd > 0 && (x == 0.0 || (x > 0.0 && std::isfinite(x) && toDecimal(x).exp <= -nd))) {
     const std::string t = "<." + std::string(static_cast<std::size_t>(nd - 1), '0') + "1";
     if (static_cast<int>(t.size()) <= width) return fitRight(t, width);
   }
