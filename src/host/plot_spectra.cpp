@@ -82,10 +82,13 @@ FrequencyFrame frequencyFrame(Svg& svg, const Table& t, const PlotGraph& g, doub
   svg.yAxis(f.a, g.label);
   svg.xAxis("Period");
   const auto draw = [&](const Ticks& k, double tickY, double textY) {
+    // The tick values come with three decimals, so the last one may pass
+    // the end of the axis by half a unit of the third (3.142 for pi).
     for (std::size_t i = 0; i < k.at.size() && i < k.text.size(); ++i) {
-      if (k.at[i] < 0 || k.at[i] > f.maxf * (1 + 1e-9)) continue;
-      svg.line(f.x(k.at[i]), tickY, f.x(k.at[i]), tickY + (textY > tickY ? 4 : -4), "stroke=\"black\"");
-      svg.text(f.x(k.at[i]), textY, k.text[i], "middle");
+      if (k.at[i] < 0 || k.at[i] > f.maxf + 5e-4) continue;
+      const double x = f.x(std::min(k.at[i], f.maxf));
+      svg.line(x, tickY, x, tickY + (textY > tickY ? 4 : -4), "stroke=\"black\"");
+      svg.text(x, textY, k.text[i], "middle");
     }
   };
   draw(ticksOf(t, g, "TickValList", "TickDispList"), kHeight - kBottom, kHeight - kBottom + 16);

@@ -18,6 +18,8 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "stdout_json_contains": {...},        # stdout JSON contains this (dicts by key, lists element-wise prefix)
       "absent_files": ["out.csv"],         # files that must not exist after the run
       "svg_files": ["plots/a_ModelPlot.svg"],  # files that must exist and be well-formed SVG documents
+      "svg_texts": {"plots/a.svg": ["12", "2"]},  # these texts stand in the SVG's text elements, in
+                                           # this order (others may stand between them)
       "report_plots": {"file": "report.html", "names": [...]},  # the plots of the HTML report, in order,
                                            # each a <figure data-name=...> holding well-formed SVG;
                                            # optional "groups": [...], for each plot the output groups
@@ -210,6 +212,16 @@ def check_plots(work, spec):
             continue
         with open(p, encoding="utf-8") as f:
             errors += svg_errors(f.read(), name)
+    for name, want in spec.get("svg_texts", {}).items():
+        p = os.path.join(work, name)
+        try:
+            texts = [e.text or "" for e in ET.parse(p).getroot().iter() if e.tag.endswith("}text")]
+        except (OSError, ET.ParseError) as e:
+            errors.append(f"{name}: {e}")
+            continue
+        it = iter(texts)
+        if not all(any(t == w for t in it) for w in want):
+            errors.append(f"{name}: texts {texts} do not hold {want} in this order")
     if "report_plots" in spec:
         p = os.path.join(work, spec["report_plots"]["file"])
         text = open(p, encoding="utf-8").read() if os.path.exists(p) else ""
