@@ -865,29 +865,48 @@ int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return table
 // file of its own named by BY values, series and plot; a name met again (the
 // same series in a later step) gets a number behind it.
 void ProcessHost::keepGraphs(const Table& t) {
+  constexpr std::size_t kPlotNameMax = 160;  // before the number of a repeat and ".svg"
   if (cfg_.htmlFile.empty() && cfg_.plotsDir.empty()) return;
   std::string series;
   for (const TableValue& v : t.values)
     if (v.name == "Variable") series = v.text;
-  for (const PlotGraph& g : t.graphs) {
+  for (const PlotGraph& graph : t.graphs) {
+    const std::vector<OutputGroup> path = withBy(graph.groups);
+    const bool by = !path.empty() && path.front().name == kByGroupName;
+    // A plot file is read on its own: its title names the BY group.
+    PlotGraph g = graph;
+    if (by) g.title += " (" + path.front().label + ")";
     const std::string svg = renderGraphSvg(t, g);
     if (svg.empty()) continue;
-    const std::vector<OutputGroup> path = withBy(g.groups);
     if (!cfg_.htmlFile.empty())
       groupPlots_.emplace_back(path, "<figure class=\"plot\" data-name=\"" + g.name + "\">\n" + svg + "</figure>\n");
     if (cfg_.plotsDir.empty()) continue;
-    const bool by = !path.empty() && path.front().name == kByGroupName;
-    std::string base = (by ? path.front().label + "_" : std::string()) +
-                       (series.empty() ? std::string("plot") : series) + "_" + g.name;
     // Only letters, digits, '-' and single '_' ("region=east, year=2024"
     // becomes region_east_year_2024).
-    std::string safe;
-    for (const char c : base) {
-      const bool keep = std::isalnum(static_cast<unsigned char>(c)) || c == '-';
-      if (keep) safe += c;
-      else if (safe.empty() || safe.back() != '_') safe += '_';
+    const auto safe = [](std::string_view text) {
+      std::string r;
+      for (const char c : text) {
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '-') r += c;
+        else if (r.empty() || r.back() != '_') r += '_';
+      }
+      return r;
+    };
+    const std::string tail = safe((series.empty() ? std::string("plot") : series) + "_" + g.name);
+    std::string base = tail;
+    if (by) {
+      std::string head = safe(path.front().label);
+      // Long BY values would pass the 255 bytes a file name may have: they
+      // are cut, and a hash of the whole (FNV-1a) keeps the name distinct.
+      if (head.size() + tail.size() > kPlotNameMax) {
+        std::uint32_t h = 2166136261u;
+        for (const unsigned char c : path.front().label) h = (h ^ c) * 16777619u;
+        char hex[9];
+        std::snprintf(hex, sizeof hex, "%08x", h);
+        head = head.substr(0, kPlotNameMax > tail.size() + 10 ? kPlotNameMax - tail.size() - 10 : 0) + "_" + hex;
+      }
+      if (head.back() == '_' && tail.front() == '_') head.pop_back();
+      base = head + (head.back() == '_' || tail.front() == '_' ? "" : "_") + tail;
     }
-    base = std::move(safe);
     const int seen = plotFiles_[base]++;
     if (seen > 0) base += "_" + std::to_string(seen + 1);
     std::error_code ec;
