@@ -70,7 +70,9 @@ std::string timeLines(const Table& t, const PlotGraph& g, const Lines& want) {
     for (std::size_t i = 0; i < n;) {
       std::size_t j = i;
       while (j < n && present(lo[j]) && present(hi[j])) ++j;
-      if (j > i) {
+      if (j == i + 1) {  // a band of one row has no area: an error bar
+        svg.line(xAt(i, n), y(hi[i]), xAt(i, n), y(lo[i]), "stroke=\"#8fb3dc\" stroke-width=\"3\"");
+      } else if (j > i) {
         std::string p;
         for (std::size_t k = i; k < j; ++k) p += num(xAt(k, n)) + "," + num(y(hi[k])) + " ";
         for (std::size_t k = j; k-- > i;) p += num(xAt(k, n)) + "," + num(y(lo[k])) + " ";
@@ -83,12 +85,20 @@ std::string timeLines(const Table& t, const PlotGraph& g, const Lines& want) {
   for (std::size_t s = 0; s < series.size(); ++s) {
     const std::string style = std::string("fill=\"none\" stroke=\"") + kColours[s % 3] + "\" stroke-width=\"1.5\"";
     std::string p;
+    std::size_t run = 0;  // points in p: a line of one point is drawn as a dot
     for (std::size_t i = 0; i <= n; ++i) {
       if (i < n && present(series[s][i])) {
         p += num(xAt(i, n)) + "," + num(y(series[s][i])) + " ";
+        ++run;
       } else {
-        svg.path(p, "polyline", style.c_str());
+        if (run == 1) {
+          const std::string fill = std::string("fill=\"") + kColours[s % 3] + "\"";
+          svg.circle(xAt(i - 1, n), y(series[s][i - 1]), fill.c_str());
+        } else {
+          svg.path(p, "polyline", style.c_str());
+        }
         p.clear();
+        run = 0;
       }
     }
   }

@@ -2,6 +2,7 @@
 #include <numbers>
 
 #include "host/plot_draw.hpp"
+#include "host/output_layer.hpp"
 #include "host/plot_svg.hpp"
 #include "host_test_util.hpp"
 
@@ -122,6 +123,47 @@ TEST(PlotAxis, CoversTheRangeWithAFewTicks) {
     EXPECT_TRUE(a.ticks() >= 2 && a.ticks() <= 12) << c.lo << " " << c.hi << ": " << a.ticks();
     EXPECT_NE(a.tick(0), a.tick(1)) << c.lo << " " << c.hi;
   }
+}
+
+}  // namespace
+}  // namespace qvt
+
+namespace qvt {
+namespace {
+
+// A line through one point and a band of one row have no length or area:
+// a forecasts plot of LEAD=1 once came out blank. The point shows as a dot
+// in the line's colour and the band as an error bar; longer runs stay lines.
+TEST(PlotLines, RunsOfOnePointAreDrawn) {
+  const auto draw = [](const std::vector<std::vector<double>>& rows) {
+    Table t;
+    for (const char* c : {"Predict", "Lower", "Upper"}) {
+      TableColumn col;
+      col.name = col.label = c;
+      t.cols.push_back(col);
+    }
+    for (const auto& r : rows) t.rows.push_back({r[0], r[1], r[2]});
+    PlotGraph g;
+    g.name = "ForecastsOnlyPlot";
+    g.title = "Forecasts";
+    return renderGraphSvg(t, g);
+  };
+  const auto count = [](const std::string& svg, const std::string& what) {
+    std::size_t n = 0;
+    for (std::size_t at = svg.find(what); at != std::string::npos; at = svg.find(what, at + 1)) ++n;
+    return n;
+  };
+  const std::string one = draw({{5, 4, 6}});
+  EXPECT_EQ(count(one, "<circle"), 1u);
+  EXPECT_EQ(count(one, "<polyline"), 0u);
+  EXPECT_EQ(count(one, "<polygon"), 0u);
+  EXPECT_EQ(count(one, "stroke=\"#8fb3dc\""), 1u);  // the error bar
+  // A missing row splits the runs: one of two points, one of one.
+  const std::string split = draw({{5, 4, 6}, {6, 5, 7}, {kMissing, kMissing, kMissing}, {7, 6, 8}});
+  EXPECT_EQ(count(split, "<polyline"), 1u);
+  EXPECT_EQ(count(split, "<polygon"), 1u);
+  EXPECT_EQ(count(split, "<circle"), 1u);
+  EXPECT_EQ(count(split, "stroke=\"#8fb3dc\""), 1u);
 }
 
 }  // namespace
