@@ -65,6 +65,9 @@ std::vector<std::pair<std::string_view, std::string_view>> captions(const Table&
   if (!label.empty() && label != valueOf(t, "Variable")) out.emplace_back("Label", label);
   for (const auto& [name, shown] : kCaptions)
     if (const std::string_view text = valueOf(t, name); !text.empty()) out.emplace_back(shown, text);
+  // The summary sums the leads from STARTSUM= on; said only when that isn't the first.
+  if (const std::string_view start = valueOf(t, "StartSum"); !start.empty() && start != "1")
+    out.emplace_back("Sum from horizon", start);
   return out;
 }
 

@@ -272,6 +272,11 @@ TEST(Listing, GoldenText) {
             "Lv           0.13   7\n"
             "Trend           .  12\n"
             "Foot.\n\n");
+  // A summary that sums from a later horizon says so; from the first, nothing is added.
+  t.values = {{"StartSum", "1"}};
+  EXPECT_EQ(renderListing(t).rfind("T\n\nParameter", 0), 0u);
+  t.values = {{"StartSum", "3"}};
+  EXPECT_EQ(renderListing(t).rfind("T\nSum from horizon: 3\n\nParameter", 0), 0u);
 }
 
 TEST(OutputLayer, CallOrderCodes) {
