@@ -30,6 +30,7 @@ constexpr int kMsgListingLost = 29;  // (file)
 
 // The output group that stands for a BY group in the listing and the report.
 constexpr std::string_view kByGroupName = "ByGroup";
+constexpr std::string_view kHtmlEnd = "</body>\n</html>\n";
 
 // A BY value as a reader knows it: through the variable's format, a
 // special missing value as .A, a text without its trailing blanks.
@@ -64,6 +65,7 @@ ProcessHost::ProcessHost(HostConfig cfg)
           if (!cfg_.htmlFile.empty()) {
             htmlEnter(path);
             html_ += renderHtml(t);
+            writeHtml();
           }
         }
         keepGraphs(t);
@@ -101,8 +103,12 @@ int ProcessHost::init() {
   if (!cfg_.htmlFile.empty()) {
     // Tried once here, so that a path that can't be written is a usage error
     // before any step runs rather than a silent loss at the end.
-    std::ofstream probe(cfg_.htmlFile, std::ios::out | std::ios::trunc);
-    if (!probe) {
+    htmlFile_.open(cfg_.htmlFile, std::ios::out | std::ios::trunc | std::ios::binary);
+    htmlFile_ << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
+                 "<body>\n";
+    htmlEnd_ = htmlFile_.tellp();
+    htmlFile_ << kHtmlEnd << std::flush;
+    if (!htmlFile_) {
       hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
       rc = kHostBadArgument;
     }
@@ -858,6 +864,7 @@ void ProcessHost::flushPlots() {
     html_ += figure;
   }
   groupPlots_.clear();
+  writeHtml();
 }
 int ProcessHost::graphDraw(TableHandle t, const PlotGraph& graph) { return tables_.graphDraw(t, graph); }
 
@@ -934,15 +941,17 @@ int ProcessHost::tableClose(TableHandle t) { return tables_.tableClose(t); }
 TableHandle ProcessHost::tableFind(std::string_view name) const { return tables_.tableFind(name); }
 
 void ProcessHost::writeHtml() {
-  if (cfg_.htmlFile.empty()) return;
-  std::ofstream f(cfg_.htmlFile, std::ios::out | std::ios::trunc);
-  f << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
-       "<body>\n"
-    << html_ << "</body>\n</html>\n";
-  if (!f) {
-    hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
-    outputLost_ = true;
+  if (html_.empty() || !htmlFile_.is_open()) return;
+  if (htmlFile_) {
+    htmlFile_.seekp(htmlEnd_);
+    htmlFile_ << html_;
+    htmlEnd_ = htmlFile_.tellp();
+    htmlFile_ << kHtmlEnd << std::flush;
+    if (!htmlFile_) hostMsgLog(*this, kMsgGroupHost, kMsgCantHtml, {cfg_.htmlFile, std::string(std::strerror(errno))});
   }
+  // A report that failed once stays failed: every later step lost its part too.
+  if (!htmlFile_) outputLost_ = true;
+  html_.clear();
 }
 
 }  // namespace qvt

@@ -151,7 +151,7 @@ class ProcessHost : public Host {
   // Clears a progress line that stands on the terminal, so that the next
   // log line starts at the left margin.
   void clearProgress();
-  // Writes the HTML report with every table rendered so far.
+  // Writes what the report gained since the last write, and its end.
   void writeHtml();
 
   struct Library {
@@ -228,8 +228,14 @@ class ProcessHost : public Host {
   std::optional<std::string> lastOutput_;
   std::ofstream listingFile_;
   std::ostream* listing_;
-  std::string html_;  // the report's tables so far
-  std::vector<OutputGroup> htmlGroups_;  // the group sections open at the end of html_
+  // The report is written as it grows, so that its size never weighs on
+  // memory: html_ holds what wasn't written yet, and the file ends with the
+  // closing tags after every write, which the next write replaces from
+  // htmlEnd_ on; a killed run leaves a complete document.
+  std::string html_;
+  std::ofstream htmlFile_;
+  std::streampos htmlEnd_{};
+  std::vector<OutputGroup> htmlGroups_;  // the group sections open at the end of the report
   std::vector<OutputGroup> listingGroups_;  // the groups whose headings the listing has shown
   // The plots of the open output group, each with the groups it was drawn
   // in: they follow the group's tables in the report.
