@@ -75,7 +75,7 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 38, Note, "The file {1} has a header but no records."},
     {900, 39, Error, "{1}, line {2}, column {3}: the cell {4} is not a {5} value, which the side file {6} gives this column. Correct the cell or the side file."},
     {900, 40, Error, "Reading the file {1} failed: {2}."},
-    {900, 41, Error, "Writing the file {1} failed: {2}. Check the free space of its folder."},
+    {900, 41, Error, "The data set {1} could not be written: writing the file {2} failed: {3}. An earlier file of that name is unchanged; check the free space of its folder."},
     {900, 42, Note, "{1}, line {2}: the variable {3} is read as character, because the cell {4} is not a {5} value like the cells above it. Correct the cell if the column should hold {5} values."},
     {900, 43, Warning, "The data set {1} was written, but its side file {2} could not be put in place ({3}); its labels and formats are lost, and its types are inferred when it is read."},
     {900, 44, Warning, "The data set {1} was written, but its side file {2} could not be replaced ({3}) and still describes the earlier data. Remove {2} before the data set is read again."},

@@ -347,7 +347,7 @@ int CsvWriter::open(DsDiag& d) {
 
 int CsvWriter::flush(DsDiag& d) {
   if (!out_.empty() && std::fwrite(out_.data(), 1, out_.size(), f_) != out_.size()) {
-    d = diag(kMsgCsvWriteFailed, {tmp_, errnoText()});
+    d = diag(kMsgCsvWriteFailed, {loc_.display, tmp_, errnoText()});
     return kHostIoError;
   }
   out_.clear();
@@ -387,7 +387,7 @@ int CsvWriter::commit(std::string_view label, DsDiag& d) {
   if (!f_ || done_) return kHostWrongState;
   if (flush(d) != 0) return kHostIoError;
   if (std::fflush(f_) != 0 || ::fsync(::fileno(f_)) != 0) {
-    d = diag(kMsgCsvWriteFailed, {tmp_, errnoText()});
+    d = diag(kMsgCsvWriteFailed, {loc_.display, tmp_, errnoText()});
     return kHostIoError;
   }
   std::fclose(f_);
@@ -408,7 +408,7 @@ int CsvWriter::commit(std::string_view label, DsDiag& d) {
     m << meta.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
     m.flush();
     if (!m) {
-      d = diag(kMsgCsvWriteFailed, {metaTmp_, errnoText()});
+      d = diag(kMsgCsvWriteFailed, {loc_.display, metaTmp_, errnoText()});
       return kHostIoError;
     }
   }

@@ -39,7 +39,7 @@ enum HostMsg : int {
   kMsgCsvNoRecords = 38,       // (file)
   kMsgCsvTypeClash = 39,       // (file, line, column name, cell, kind, side file)
   kMsgCsvReadFailed = 40,      // (file, reason)
-  kMsgCsvWriteFailed = 41,     // (file, reason)
+  kMsgCsvWriteFailed = 41,     // (data set, file, reason)
   kMsgCsvTurnedText = 42,      // (file, line, variable, cell, kind)
   kMsgCsvNoMeta = 43,          // (data set, side file, reason)
   kMsgCsvStaleMeta = 44,       // (data set, side file, reason)

@@ -30,7 +30,9 @@ A case folder holds the program (any *.qvt), its input files, and case.json:
       "bits": [{"step": 0, "record": 1, "set": [2]}],   # qvt check: exactly these flag bits are set
       "same_records": ["a.qvt", "b.qvt"],  # qvt check gives identical records for these programs
       "tolerance": 1e-9,                   # relative tolerance for numeric cells
-      "csv_only": "why"                    # not run again through SQLite (run_e2e_sqlite.py)
+      "csv_only": "why",                   # not run again through SQLite (run_e2e_sqlite.py)
+      "file_size_limit": 4096              # no file qvt writes may grow past this many bytes
+                                           # (RLIMIT_FSIZE): a full disk, without filling one
     }
 
 Expected numbers are worked out independently of qvt (by hand, or by a script
@@ -44,6 +46,8 @@ import json
 import math
 import os
 import re
+import resource
+import signal
 import shutil
 import subprocess
 import sys
@@ -275,7 +279,14 @@ def run_case(qvt, case_dir):
         cmd = [qvt] + args[:1] + ["--log-format", "jsonl", "--log", log] + args[1:]
         if args[:1] not in (["run"], ["check"]):
             cmd = [qvt] + args
-        proc = subprocess.run(cmd, cwd=work, capture_output=True, text=True, timeout=300)
+        limit = spec.get("file_size_limit")
+
+        def limit_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # a write past the limit fails, not the process
+            resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+
+        proc = subprocess.run(cmd, cwd=work, capture_output=True, text=True, timeout=300,
+                              preexec_fn=limit_files if limit else None)
         errors = []
         if proc.returncode != spec.get("exit", 0):
             errors.append(f"exit {proc.returncode}, expected {spec.get('exit', 0)}; stderr: {proc.stderr[-800:]}")
