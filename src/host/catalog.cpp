@@ -81,6 +81,7 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 44, Warning, "The data set {1} was written, but its side file {2} could not be replaced ({3}) and still describes the earlier data. Remove {2} before the data set is read again."},
     {900, 45, Note, "{1}: {2} blank lines were skipped, the first at line {3}; a blank line is no record. A record whose only cell is empty is written \"\"."},
     {900, 46, Note, "{1}, line {2}: the variable {3} is read as character, because the cell {4} has the form of a date but names no day of the calendar: a day that does not exist, or one before 1582-01-01 or after 20000-12-26. Correct the cell if the column should hold dates."},
+    {900, 47, Note, "{1}, line {2}: the variable {3} is read as character, because the cell {4} is a date followed by a time of day that can't be read: write hh:mm, hh:mm:ss or hh:mm:ss.fff after T or a blank, with hours from 00 to 23 and no time zone. Correct the cell if the column should hold datetimes."},
     {900, 50, Error, "The data set {1} is not in {2} order of the BY variable {3}: record {4} ({5}) follows record {6} ({7}). Sort the data set, mark the variable DESCENDING, or add NOTSORTED to the BY statement."},
     {900, 51, Error, "There is no variable number {1} in the data set {2}."},
     {900, 52, Error, "The variable {1} is defined twice in the output data set {2}."},

@@ -139,14 +139,16 @@ CellKind classifyIso(std::string_view s, double* value) noexcept {
 
 }  // namespace
 
-bool csvLooksLikeDate(std::string_view cell) noexcept {
+DateFlaw csvDateFlaw(std::string_view cell) noexcept {
   const std::string_view s = trim(cell);
   std::size_t y = 0;
   while (y < s.size() && isDigit(s[y])) ++y;
-  if (y < 4 || y > 5 || y + 6 > s.size() || s[y] != '-' || s[y + 3] != '-') return false;
+  if (y < 4 || y > 5 || y + 6 > s.size() || s[y] != '-' || s[y + 3] != '-') return DateFlaw::None;
   for (const std::size_t k : {y + 1, y + 2, y + 4, y + 5})
-    if (!isDigit(s[k])) return false;
-  return s.size() == y + 6 || s[y + 6] == 'T' || s[y + 6] == ' ';
+    if (!isDigit(s[k])) return DateFlaw::None;
+  if (s.size() > y + 6 && s[y + 6] != 'T' && s[y + 6] != ' ') return DateFlaw::None;
+  double day = 0;
+  return parseDatePart(s, &day) == 0 ? DateFlaw::Day : DateFlaw::Time;
 }
 
 CellKind csvClassify(std::string_view cell, double* value) noexcept {

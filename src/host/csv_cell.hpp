@@ -44,11 +44,13 @@ constexpr const char* kindName(CellKind k) {
 // The kind of a cell and, for every kind but Text, its value.
 CellKind csvClassify(std::string_view cell, double* value) noexcept;
 
-// Whether a cell has the form of an ISO date, alone or starting a datetime
-// ("2021-02-29", "1581-12-31T08:00"), whatever its digits: a cell of this
-// form that csvClassify calls text names a day that does not exist or lies
-// outside the calendar's range, which deserves its own word to the user.
-bool csvLooksLikeDate(std::string_view cell) noexcept;
+// What keeps a cell of the form of an ISO date, alone or starting a
+// datetime ("2021-02-29", "2024-03-01T00:00:00Z"), from being one, when
+// csvClassify calls it text: its day (one that does not exist, or outside
+// the calendar's range), or what follows the day (a time zone, hour 24).
+// Each deserves its own word to the user.
+enum class DateFlaw : std::uint8_t { None, Day, Time };
+DateFlaw csvDateFlaw(std::string_view cell) noexcept;
 
 // Reads a cell of a column whose kind is known (Number, Date, DateTime or
 // Time): true with the value when the cell is missing, of that kind, or a

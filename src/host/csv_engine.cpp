@@ -208,8 +208,10 @@ int CsvReader::open(DsDiag& d, std::vector<DsDiag>& notes) {
         // mostly a typing slip; say which cell, as the variable is refused
         // later only by its type. A cell of the form of a date that is no
         // day of the calendar is named even as the column's first value.
-        if (cell == CellKind::Text && csvLooksLikeDate(c))
-          notes.push_back(diag(kMsgCsvNotADate, {file_, sc_.line(), vars_[i].name, std::string(c)}, Severity::Note));
+        const DateFlaw flaw = cell == CellKind::Text ? csvDateFlaw(c) : DateFlaw::None;
+        if (flaw != DateFlaw::None)
+          notes.push_back(diag(flaw == DateFlaw::Day ? kMsgCsvNotADate : kMsgCsvNotATime,
+                               {file_, sc_.line(), vars_[i].name, std::string(c)}, Severity::Note));
         else if (kinds_[i] == CellKind::Text && before != CellKind::Missing)
           notes.push_back(diag(kMsgCsvTurnedText, {file_, sc_.line(), vars_[i].name, std::string(c),
                                                    std::string(kindName(before))},

@@ -45,6 +45,7 @@ enum HostMsg : int {
   kMsgCsvStaleMeta = 44,       // (data set, side file, reason)
   kMsgCsvBlankLines = 45,      // (file, count, first line)
   kMsgCsvNotADate = 46,        // (file, line, variable, cell)
+  kMsgCsvNotATime = 47,        // (file, line, variable, cell)
   // BY groups and variables
   kMsgByOrder = 50,            // (data set, order, variable, record, value, earlier record, value)
   kMsgNoVariable = 51,         // (variable number, data set)

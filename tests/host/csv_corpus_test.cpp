@@ -28,9 +28,10 @@ TEST(Corpus, EveryFileOpensToItsMessage) {
       {"bad_meta", 0, {19}, -1, 0},                    {"meta_clash", kHostDataError, {39}, 1, 2},
       {"turned_text", 0, {42, 42}, 1, 4},              {"blank_lines", 0, {45}, 2, 3},
       // A day before the calendar and one that does not exist are named as
-      // such (46), even as a column's first value; a valid date below a
-      // number is a cell of another kind (42).
-      {"not_a_date", 0, {46, 46, 42}, 1, 2},
+      // such (46), even as a column's first value, and so is a day with a
+      // time zone behind it (47); a valid date below a number is a cell of
+      // another kind (42).
+      {"not_a_date", 0, {46, 47, 46, 42}, 1, 2},
       {"no_such_member", kHostNotFound, {12}, -1, 0}};
   std::set<std::string> files;
   for (const auto& e : std::filesystem::directory_iterator(kCorpus))
