@@ -39,11 +39,39 @@ std::string logTextLine(int group, int number, std::span<const MsgArg> args, std
   // (the program line under a syntax error and its caret, or a line break
   // inside a data value) can't be read as a message of its own. The program
   // line and its caret keep their alignment: both get the same indent.
-  for (const char c : text) {
-    if (c == '\n') line += "\n    ";
-    else line += c == '\r' ? ' ' : c;
+  // Other control characters of the data (an escape sequence in a BY value)
+  // are shown as \xNN, so that they can't act on the terminal.
+  const auto put = [&line](std::string_view part) {
+    for (const char c : part) {
+      const auto u = static_cast<unsigned char>(c);
+      if (c == '\n') {
+        line += "\n    ";
+      } else if (c == '\r') {
+        line += ' ';
+      } else if ((u < 0x20 && c != '\t') || u == 0x7F) {
+        static constexpr char kHex[] = "0123456789ABCDEF";
+        line += "\\x";
+        line += kHex[u >> 4];
+        line += kHex[u & 15];
+      } else {
+        line += c;
+      }
+    }
+  };
+  put(text);
+  if (!byGroup.empty()) {
+    // A long BY value would repeat in full on every line of its group; the
+    // JSON line keeps it whole.
+    constexpr std::size_t kShown = 200;
+    std::size_t cut = byGroup.size();
+    if (cut > kShown) {
+      cut = kShown;
+      while (cut > 0 && (static_cast<unsigned char>(byGroup[cut]) & 0xC0) == 0x80) --cut;  // not inside a character
+    }
+    line += " (BY group ";
+    put(byGroup.substr(0, cut));
+    line += cut < byGroup.size() ? "...)" : ")";
   }
-  if (!byGroup.empty()) line.append(" (BY group ").append(byGroup).append(")");
   return line;
 }
 

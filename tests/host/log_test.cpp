@@ -23,6 +23,12 @@ TEST(Log, JsonLinesCarryGroupNumberSeverityAndArgs) {
   EXPECT_FALSE(nlohmann::json::parse(logJsonLine(900, 16, bad, nullptr)).contains("by"));
 }
 
+// A BY group of 199 'k' then an e-acute (two bytes) across the 200th byte:
+// the line shows the 'k's and stops before the character.
+const std::string kLongGroup = "g=" + std::string(197, 'k') + "\xC3\xA9" + std::string(50, 'z');
+const std::string kLongLine =
+    "NOTE: The file x.csv has a header but no records. (BY group g=" + std::string(197, 'k') + "...)";
+
 TEST(Log, TextLines) {
   struct Case {
     int group, number;
@@ -40,6 +46,11 @@ TEST(Log, TextLines) {
       {999, 999, {1LL}, "ERROR: Message 999-999 is missing from the catalogue (1 arguments)."},
       {900, 38, {std::string("x.csv")}, "NOTE: The file x.csv has a header but no records. (BY group g=b, s=1)",
        "g=b, s=1"},
+      // Control characters can't reach the terminal; a long group is cut, not inside a character.
+      {900, 38, {std::string("a\x1b[31m\x7f.csv")},
+       "NOTE: The file a\\x1B[31m\\x7F.csv has a header but no records. (BY group g=\\x01)", "g=\x01"},
+      {900, 38, {std::string("x.csv")},
+       kLongLine.c_str(), kLongGroup.c_str()},
   };
   for (const Case& c : cases) EXPECT_EQ(logTextLine(c.group, c.number, c.args, c.by), c.line);
 }
