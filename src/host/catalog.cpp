@@ -47,6 +47,7 @@ constexpr CatalogEntry kCatalog[] = {
     // --- group 882: time ID positioning ---
     // --- group 900: host layer ---
     {900, 1, Error, "Internal error of the host layer: {1}. Please report it with the program and data that caused it."},
+    {900, 7, Error, "The data set {1} is the folder {2}, not a file. Name a CSV file, or a member of a library assigned with --lib."},
     {900, 8, Error, "The host option {1} is not known. The host options are DEBUG and INTERVALDS."},
     {900, 9, Error, "The path {1} of the library {2} is a file, not a folder. Give a folder of CSV files, or {2}=sqlite:{1} if it is a SQLite database."},
     {900, 10, Error, "The data set name {1} is not valid. Write member, lib.member or a quoted file path."},
@@ -93,7 +94,7 @@ constexpr CatalogEntry kCatalog[] = {
     {900, 61, Error, "The calendar data set {1} of the custom interval {2} has no numeric variable BEGIN. Give it a variable BEGIN with the first date of each interval."},
     {900, 62, Error, "The calendar data set {1} of the custom interval {2} has no records. Give it one record for each interval."},
     {900, 63, Error, "The variable {2} of the calendar data set {1} is character; END and SEASON must be numeric."},
-    {900, 70, Error, "Out of memory: {1} bytes could not be allocated within the memory budget of {2} bytes. Raise --memsize or use less data per BY group."},
+    {900, 70, Error, "Out of memory: {1} bytes could not be allocated within the memory budget of {2} bytes. Raise --memsize, or use less data per step (with BY groups, per group)."},
     {900, 80, Error, "A temporary spool file could not be created in {1}: {2}. Set TMPDIR to a writable folder with free space."},
     {900, 81, Error, "Writing a temporary spool file failed: {1}. Check the free space of the TMPDIR folder."},
     {900, 82, Error, "Reading a temporary spool file failed: {1}."},

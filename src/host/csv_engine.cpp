@@ -475,6 +475,12 @@ bool CsvEngine::exists(const DsLocation& loc) const {
   return fs::is_regular_file(loc.path, ec);
 }
 
+DsDiag CsvEngine::missing(const DsLocation& loc) const {
+  std::error_code ec;
+  if (fs::is_directory(loc.path, ec)) return DsDiag{kMsgDsIsFolder, {loc.display, loc.path}, Severity::Error};
+  return DsEngine::missing(loc);
+}
+
 std::unique_ptr<DsReader> CsvEngine::openRead(const DsLocation& loc, DsDiag& d,
                                               std::vector<DsDiag>& notes) {
   auto r = std::make_unique<CsvReader>(loc, bufferBytes);

@@ -31,6 +31,8 @@ class CsvEngine final : public DsEngine {
   DsLocation locate(const std::string& lib, const std::string& where,
                     const std::string& member) const override;
   bool exists(const DsLocation& loc) const override;
+  // A folder where the file should be is named as such.
+  DsDiag missing(const DsLocation& loc) const override;
   std::unique_ptr<DsReader> openRead(const DsLocation& loc, DsDiag& diag,
                                      std::vector<DsDiag>& notes) override;
   std::unique_ptr<DsWriter> openWrite(const DsLocation& loc, DsDiag& diag) override;

@@ -8,6 +8,7 @@ inline constexpr int kMsgGroupHost = 900;
 
 enum HostMsg : int {
   kMsgInternal = 1,            // (what)
+  kMsgDsIsFolder = 7,          // (data set, path)
   kMsgUnknownOption = 8,       // (name)
   kMsgLibIsFile = 9,           // (path, lib)
   // data set names and libraries

@@ -32,7 +32,7 @@ TEST(Corpus, EveryFileOpensToItsMessage) {
       // time zone behind it (47); a valid date below a number is a cell of
       // another kind (42).
       {"not_a_date", 0, {46, 47, 46, 42}, 1, 2},
-      {"no_such_member", kHostNotFound, {12}, -1, 0}};
+      {"no_such_member", kHostNotFound, {12}, -1, 0},   {"a_folder", kHostNotFound, {7}, -1, 0}};
   std::set<std::string> files;
   for (const auto& e : std::filesystem::directory_iterator(kCorpus))
     if (e.path().extension() == ".csv") files.insert(e.path().stem().string());
