@@ -101,7 +101,7 @@ int ProcessHost::init() {
     }
   }
   if (!cfg_.htmlFile.empty()) {
-    // Tried once here, so that a path that can't be written is a usage error
+    // Opened here, so that a path that can't be written is a usage error
     // before any step runs rather than a silent loss at the end.
     htmlFile_.open(cfg_.htmlFile, std::ios::out | std::ios::trunc | std::ios::binary);
     htmlFile_ << "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\"><title>qvt report</title></head>\n"
@@ -195,8 +195,8 @@ int ProcessHost::exitStatus(int worstRc) const noexcept {
 void ProcessHost::msgLog(int group, int number, std::span<const MsgArg> args, const SourcePos* at) {
   ++counts_[static_cast<int>(logSeverity(group, number))];
   clearProgress();
-  std::string by, byVars;
-  byGroup(&by, &byVars);
+  std::string by;
+  byGroup(&by, nullptr);
   *log_ << (cfg_.logFormat == LogFormat::Jsonl ? logJsonLine(group, number, args, at, by)
                                                : logTextLine(group, number, args, by))
         << '\n';
@@ -838,11 +838,11 @@ bool ProcessHost::byGroup(std::string* label, std::string* vars) const {
     const ByCursor* c = ds->mode == DsMode::Input ? ds->cursor.get() : nullptr;
     if (!c || !c->hasBy() || !c->keyValid()) continue;
     label->clear();
-    vars->clear();
+    if (vars) vars->clear();
     for (const ByVar& b : c->byVars()) {
       const auto i = static_cast<std::size_t>(b.varno - 1);
       const VarInfo& v = ds->vars[i];
-      *vars += (vars->empty() ? "" : " ") + v.name;
+      if (vars) *vars += (vars->empty() ? "" : " ") + v.name;
       *label += (label->empty() ? "" : ", ") + v.name + "=" + shownValue(c->key(), i, v);
     }
     return true;
@@ -898,22 +898,18 @@ void ProcessHost::keepGraphs(const Table& t) {
       }
       return r;
     };
-    const std::string tail = safe((series.empty() ? std::string("plot") : series) + "_" + g.name);
-    std::string base = tail;
-    if (by) {
-      std::string head = safe(path.front().label);
-      // Long BY values would pass the 255 bytes a file name may have: they
-      // are cut, and a hash of the whole (FNV-1a) keeps the name distinct.
-      if (head.size() + tail.size() > kPlotNameMax) {
-        std::uint32_t h = 2166136261u;
-        for (const unsigned char c : path.front().label) h = (h ^ c) * 16777619u;
-        char hex[9];
-        std::snprintf(hex, sizeof hex, "%08x", h);
-        head = head.substr(0, kPlotNameMax > tail.size() + 10 ? kPlotNameMax - tail.size() - 10 : 0) + "_" + hex;
-      }
-      if (head.back() == '_' && tail.front() == '_') head.pop_back();
-      base = head + (head.back() == '_' || tail.front() == '_' ? "" : "_") + tail;
+    const std::string tail = (series.empty() ? std::string("plot") : series) + "_" + g.name;
+    std::string head = by ? safe(path.front().label) : std::string();
+    // Long BY values would pass the 255 bytes a file name may have: they are
+    // cut, and a hash of the whole (FNV-1a) keeps the name distinct.
+    if (by && head.size() + tail.size() > kPlotNameMax) {
+      std::uint32_t h = 2166136261u;
+      for (const unsigned char c : path.front().label) h = (h ^ c) * 16777619u;
+      char hex[9];
+      std::snprintf(hex, sizeof hex, "%08x", h);
+      head = head.substr(0, kPlotNameMax > tail.size() + 10 ? kPlotNameMax - tail.size() - 10 : 0) + "_" + hex;
     }
+    std::string base = safe(head.empty() ? tail : head + "_" + tail);
     const int seen = plotFiles_[base]++;
     if (seen > 0) base += "_" + std::to_string(seen + 1);
     std::error_code ec;

@@ -245,8 +245,8 @@ class ProcessHost : public Host {
   // The groups of a table or plot with, outermost, the BY group of the
   // step's input when there is one in hand ("region=east, year=2024").
   std::vector<OutputGroup> withBy(const std::vector<OutputGroup>& groups) const;
-  // The BY group in hand ("region=east, store=1") and its variables
-  // ("region store"); false outside a BY group.
+  // The BY group in hand ("region=east, store=1") and, when vars isn't
+  // null, its variables ("region store"); false outside a BY group.
   bool byGroup(std::string* label, std::string* vars) const;
   void flushPlots();
   std::map<std::string, int> plotFiles_;  // files written under plotsDir, by name
